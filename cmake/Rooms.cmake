@@ -1,0 +1,26 @@
+# A room is one folder of the source tree, compiled to objects: an archive would drop the
+# registrations that nobody calls.
+function(tarnel_room name)
+    add_library(${name} OBJECT ${ARGN})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC Threads::Threads)
+endfunction()
+
+# A shared library made of rooms, exporting only what its version script names.
+function(tarnel_shared_library name version_script)
+    add_library(${name} SHARED)
+    target_link_libraries(${name} PRIVATE ${ARGN})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_options(${name} PRIVATE LINKER:--version-script=${version_script})
+    set_target_properties(${name} PROPERTIES LINK_DEPENDS ${version_script})
+endfunction()
+
+# Turns a file into the constant array tarnel::`variable` and its size tarnel::`variable`_size.
+function(tarnel_embed output variable file)
+    add_custom_command(
+        OUTPUT ${output}
+        COMMAND ${CMAKE_COMMAND} -DINPUT=${file} -DOUTPUT=${output} -DVARIABLE=${variable}
+                -P ${PROJECT_SOURCE_DIR}/cmake/Embed.cmake
+        DEPENDS ${file} ${PROJECT_SOURCE_DIR}/cmake/Embed.cmake
+        VERBATIM)
+endfunction()
