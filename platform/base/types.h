@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// The system's type names at the widths of its 64-bit interfaces. `long` is 64 bits wide here, so
+// an interface that says long or unsigned long uses LONG, DWORD or ULONG.
+
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using UINT = unsigned int;
+using BOOL = int;
+using WPARAM = std::uint64_t;
+using LPARAM = std::int64_t;
+using LRESULT = std::int64_t;
+using LPVOID = void*;
+using LPSTR = char*;
+using LPCSTR = const char*;
+
+using HANDLE = void*;
+using HWND = struct HWND__*;
+using HINSTANCE = struct HINSTANCE__*;
+using HMODULE = HINSTANCE;
+
+constexpr BOOL FALSE = 0;
+constexpr BOOL TRUE = 1;
+
+/// Screen position in pixels.
+struct POINT {
+    LONG x;
+    LONG y;
+};
+
+static_assert(sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(BOOL) == 4);
+static_assert(sizeof(WPARAM) == 8 && sizeof(LPARAM) == 8 && sizeof(HANDLE) == 8);
+static_assert(sizeof(POINT) == 8);
