@@ -1,0 +1,31 @@
+#include "platform/threads/critical_section.h"
+
+#include <mutex>
+#include <new>
+
+namespace {
+
+static_assert(sizeof(std::recursive_mutex) <= sizeof(CRITICAL_SECTION));
+static_assert(alignof(std::recursive_mutex) <= alignof(CRITICAL_SECTION));
+
+std::recursive_mutex& mutex_of(CRITICAL_SECTION* section) {
+    return *std::launder(reinterpret_cast<std::recursive_mutex*>(section->storage));
+}
+
+} // namespace
+
+void InitializeCriticalSection(CRITICAL_SECTION* section) {
+    new (section->storage) std::recursive_mutex;
+}
+
+void EnterCriticalSection(CRITICAL_SECTION* section) {
+    mutex_of(section).lock();
+}
+
+void LeaveCriticalSection(CRITICAL_SECTION* section) {
+    mutex_of(section).unlock();
+}
+
+void DeleteCriticalSection(CRITICAL_SECTION* section) {
+    mutex_of(section).~recursive_mutex();
+}
