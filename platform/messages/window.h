@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/base/export.h"
+#include "platform/base/types.h"
+
+namespace tarnel {
+
+/// Handles one message of the window made with `context`; runs on the window's thread.
+using WindowProcedure = LRESULT (*)(void* context, HWND window, UINT message, WPARAM wparam,
+                                    LPARAM lparam);
+
+/// Makes a window that exists for its messages alone, owned by the calling thread; no message is
+/// sent for it. `parent` must be null or a window of the same thread. Null with the last error
+/// on failure. A window that is left when its thread ends vanishes without a message.
+TARNEL_PLATFORM_API HWND create_window(WindowProcedure procedure, void* context,
+                                       HWND parent = nullptr);
+
+} // namespace tarnel
+
+TARNEL_PLATFORM_API BOOL IsWindow(HWND window);
+
+/// Sends WM_DESTROY to the window, destroys its children, and sends WM_NCDESTROY; what is posted
+/// for it vanishes, what is being sent to it from other threads returns 0. Only on the window's
+/// own thread: FALSE and ERROR_ACCESS_DENIED elsewhere.
+TARNEL_PLATFORM_API BOOL DestroyWindow(HWND window);

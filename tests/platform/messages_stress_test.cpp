@@ -1,0 +1,230 @@
+#include "platform/messages/message.h"
+#include "platform/messages/wait_messages.h"
+#include "platform/messages/window.h"
+#include "platform/threads/event.h"
+#include "tests/support/message_window.h"
+#include "tests/support/process_facts.h"
+#include "tests/support/worker.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <thread>
+
+// Two threads that do everything to each other at once: post, send, destroy windows under the
+// other's feet, look into the other's queue, and wait for handles and messages together.
+
+namespace {
+
+using support::MessageWindow;
+using support::Worker;
+
+constexpr std::uint32_t rounds_each = 500'000;
+constexpr UINT numbered = WM_USER + 1; // wParam counts up without a gap, to the lasting window
+constexpr UINT question = WM_USER + 2; // sent; the answer is made from wParam
+constexpr UINT latest = WM_USER + 3;   // posted and taken back by the poster, to the lasting window
+constexpr UINT lost = WM_USER + 4;     // posted to the window that comes and goes
+
+/// Ends the process when nothing has moved for a while: a hang must not look like a slow machine.
+class Watchdog {
+  public:
+    explicit Watchdog(const std::atomic<std::uint64_t>& progress)
+        : thread_([this, &progress] { watch(progress); }) {}
+
+    ~Watchdog() {
+        stop_ = true;
+        thread_.join();
+    }
+
+  private:
+    void watch(const std::atomic<std::uint64_t>& progress) {
+        std::uint64_t seen = 0;
+        for (int still = 0; !stop_; std::this_thread::sleep_for(std::chrono::milliseconds(20))) {
+            const std::uint64_t now = progress;
+            still = now == seen ? still + 1 : 0;
+            seen = now;
+            if (still == 3'000) {
+                std::fprintf(stderr, "Nothing has moved for a minute, after %lu rounds.\n", now);
+                std::abort();
+            }
+        }
+    }
+
+    std::atomic<bool> stop_ = false;
+    std::thread thread_;
+};
+
+LRESULT answer_to(WPARAM value) {
+    return static_cast<LRESULT>(value * 2 + 1);
+}
+
+class Side {
+  public:
+    /// Shared with the other side.
+    std::atomic<HWND> lasting = nullptr;
+    std::atomic<HWND> fleeting = nullptr;
+    std::atomic<bool> done = false;
+    CEvent event;
+
+    std::atomic<std::uint64_t>* progress = nullptr;
+    Side* peer = nullptr;
+
+    void run(std::uint32_t seed) {
+        random_.seed(seed);
+        const MessageWindow lasting_window([this](UINT m, WPARAM w, LPARAM) { return take(m, w); });
+        lasting = lasting_window.handle;
+        renew_fleeting();
+        while (!peer->fleeting) {
+            std::this_thread::yield();
+        }
+        for (std::uint32_t round = 0; round < rounds_each; ++round) {
+            step();
+            ++*progress;
+        }
+        done = true;
+        peer->event.SetEvent();
+        finish();
+        fleeting_window_.reset();
+    }
+
+    std::uint64_t posted = 0;
+    std::uint64_t received = 0;
+    std::uint64_t events = 0;
+    std::uint64_t signals = 0;
+
+  private:
+    LRESULT take(UINT message, WPARAM value) {
+        if (message == numbered) {
+            EXPECT_EQ(value, received) << "lost or out of order";
+            received = value + 1;
+        }
+        return message == question ? answer_to(value) : 0;
+    }
+
+    void renew_fleeting() {
+        fleeting_window_ = std::make_unique<MessageWindow>([](UINT message, WPARAM value, LPARAM) {
+            return message == question ? answer_to(value) : 0;
+        });
+        fleeting = fleeting_window_->handle;
+    }
+
+    void step() {
+        switch (random_() % 16) {
+        case 0:
+            ask(peer->lasting, true);
+            break;
+        case 1:
+            ask(peer->fleeting, false);
+            break;
+        case 2:
+            renew_fleeting();
+            break;
+        case 3:
+            replace_latest();
+            break;
+        case 4:
+            ++signals;
+            peer->event.SetEvent();
+            break;
+        case 5:
+            wait_for_both();
+            break;
+        case 6:
+            PostMessageA(peer->fleeting, lost, 0, 0);
+            break;
+        case 7:
+        case 8:
+        case 9:
+            drain();
+            break;
+        default:
+            post_number();
+        }
+    }
+
+    void post_number() {
+        // A full queue refuses, and the same number is tried again in a later round.
+        posted += PostMessageA(peer->lasting, numbered, posted, 0) ? 1 : 0;
+    }
+
+    void ask(HWND window, bool must_live) {
+        const WPARAM value = random_();
+        const LRESULT result = SendMessageA(window, question, value, 0);
+        EXPECT_TRUE(result == answer_to(value) || (!must_live && result == 0));
+    }
+
+    void replace_latest() {
+        MSG message;
+        while (PeekMessageA(&message, peer->lasting, latest, latest, PM_REMOVE)) {
+            EXPECT_EQ(message.message, latest);
+        }
+        PostMessageA(peer->lasting, latest, 0, 0);
+    }
+
+    void wait_for_both() {
+        const HANDLE handles[] = {event};
+        // The other side may be waiting as well, so not for ever.
+        const DWORD result = MsgWaitForMultipleObjects(1, handles, FALSE, 1, QS_ALLINPUT);
+        EXPECT_TRUE(result == WAIT_OBJECT_0 || result == WAIT_OBJECT_0 + 1 ||
+                    result == WAIT_TIMEOUT);
+        events += result == WAIT_OBJECT_0 ? 1 : 0;
+        drain();
+    }
+
+    void drain() {
+        MSG message;
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+            DispatchMessageA(&message);
+        }
+    }
+
+    /// Serves the other side until it is done as well, and then takes what is left.
+    void finish() {
+        const HANDLE handles[] = {event};
+        while (!peer->done) {
+            MsgWaitForMultipleObjects(1, handles, FALSE, INFINITE, QS_ALLINPUT);
+            drain();
+        }
+        drain();
+    }
+
+    std::mt19937 random_;
+    std::unique_ptr<MessageWindow> fleeting_window_;
+};
+
+TEST(MessagesStress, TwoThreadsLoseNothingAndKeepTheOrder) {
+    const auto before = support::process_facts();
+    {
+        std::atomic<std::uint64_t> progress = 0;
+        const Watchdog watchdog(progress);
+        std::array<Side, 2> sides;
+        sides[0].progress = sides[1].progress = &progress;
+        sides[0].peer = &sides[1];
+        sides[1].peer = &sides[0];
+        {
+            const auto run = [](Side& side, std::uint32_t seed) {
+                return [&side, seed] {
+                    side.run(seed);
+                    return 0U;
+                };
+            };
+            Worker first(run(sides[0], 1)), second(run(sides[1], 2));
+        }
+        EXPECT_EQ(progress, 2 * rounds_each);
+        for (const Side& side : sides) {
+            EXPECT_EQ(side.received, side.peer->posted);
+            EXPECT_GT(side.received, rounds_each / 4);
+            EXPECT_GT(side.events, 0U);
+            EXPECT_LE(side.events, side.peer->signals + 1);
+        }
+    }
+    EXPECT_TRUE(support::back_to(before));
+}
+
+} // namespace
