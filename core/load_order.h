@@ -1,0 +1,16 @@
+#pragma once
+
+namespace tarnel {
+
+/// The order in which the library's static objects are built at loading; unloading destroys them
+/// the other way round. Each object stands in the file of its class and takes its place with
+/// TARNEL_LOAD_PLACE. Whatever is loaded must be complete before the entry point is called, so
+/// its caller comes last.
+enum LoadPlace {
+    load_locale_manager = 1000,
+    load_entry_point,
+};
+
+} // namespace tarnel
+
+#define TARNEL_LOAD_PLACE(place) __attribute__((init_priority(tarnel::place)))
