@@ -2,8 +2,6 @@
 
 #include "platform/messages/queue.h"
 
-#include <utility>
-
 namespace tarnel {
 
 int message_descriptor() {
@@ -12,7 +10,8 @@ int message_descriptor() {
         return -1;
     }
     Doorbell& bell = *queue->bell();
-    if (!std::exchange(bell.hosted, true)) {
+    if (!bell.is_hosted()) {
+        bell.host();
         bell.ring(); // for what came before
     }
     return bell.descriptor();
@@ -23,20 +22,21 @@ bool run_pending_messages(int* exit_code) {
     if (!queue || queue->bell()->in_host_wait) {
         return true;
     }
-    queue->bell()->silence();
+    queue->bell()->wake(true);
     queue->run_sent();
     bool quit = false;
+    MSG message;
     for (std::size_t left = queue->posted_count() + 1; left > 0 && !quit; --left) {
-        const auto message = queue->look({}, true);
-        if (!message) {
+        if (!queue->look({}, true, message)) {
             break;
         }
-        quit = message->message == WM_QUIT;
+        quit = message.message == WM_QUIT;
         if (quit && exit_code) {
-            *exit_code = static_cast<int>(message->wParam);
+            *exit_code = static_cast<int>(message.wParam);
         }
-        DispatchMessageA(&*message);
+        DispatchMessageA(&message);
     }
+    queue->bell()->rest();
     if (!queue->is_idle()) {
         queue->bell()->ring();
     }

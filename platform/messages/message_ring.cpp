@@ -4,30 +4,15 @@
 
 namespace tarnel {
 
-bool MessageRing::push(const MSG& message) {
-    if (size_ == limit) {
-        return false;
-    }
-    if (size_ == capacity_) {
-        grow();
-    }
-    at(size_++) = message;
-    ++counts_[bucket(message.message)];
-    return true;
-}
-
-void MessageRing::erase(std::size_t index) {
-    --counts_[bucket(at(index).message)];
-    --size_;
+void MessageRing::close_gap(std::size_t index) {
     if (index < size_ / 2) {
         for (; index > 0; --index) {
             at(index) = at(index - 1);
         }
-    }
-    if (index == 0) {
-        first_ = place(1);
+        erase(0);
         return;
     }
+    --size_;
     for (; index < size_; ++index) {
         at(index) = at(index + 1);
     }
@@ -36,18 +21,11 @@ void MessageRing::erase(std::size_t index) {
 void MessageRing::purge(HWND window) {
     std::size_t kept = 0;
     for (std::size_t i = 0; i < size_; ++i) {
-        if (at(i).hwnd == window) {
-            --counts_[bucket(at(i).message)];
-        } else {
+        if (at(i).hwnd != window) {
             at(kept++) = at(i);
         }
     }
     size_ = kept;
-}
-
-void MessageRing::clear() {
-    size_ = 0;
-    counts_.fill(0);
 }
 
 void MessageRing::grow() {

@@ -40,8 +40,6 @@ void give_back_queue(MessageQueue& queue) {
     queues.free.push_back(&queue);
 }
 
-thread_local constinit MessageQueue* own_queue = nullptr;
-
 /// `window` is `filter` or stands below it. Both belong to the same thread and live.
 bool is_inside(HWND window, HWND filter) {
     if (window == filter) {
@@ -59,24 +57,19 @@ bool is_inside(HWND window, HWND filter) {
 
 } // namespace
 
-MessageQueue* MessageQueue::existing() {
-    return own_queue;
-}
+thread_local constinit MessageQueue* MessageQueue::own_queue_ = nullptr;
 
-MessageQueue* MessageQueue::current() {
-    if (own_queue) {
-        return own_queue;
-    }
+MessageQueue* MessageQueue::make() {
     ThreadState& thread = ThreadState::current();
     if (!thread.doorbell()) {
         SetLastError(ERROR_NO_SYSTEM_RESOURCES);
         return nullptr;
     }
-    own_queue = &take_queue();
-    const std::lock_guard guard(own_queue->queue_lock_);
-    own_queue->bell_ = thread.doorbell();
-    thread.at_end(&MessageQueue::thread_ended, own_queue);
-    return own_queue;
+    own_queue_ = &take_queue();
+    const std::lock_guard guard(own_queue_->queue_lock_);
+    own_queue_->bell_ = thread.doorbell();
+    thread.at_end(&MessageQueue::thread_ended, own_queue_);
+    return own_queue_;
 }
 
 void MessageQueue::thread_ended(void* context) {
@@ -91,33 +84,27 @@ void MessageQueue::thread_ended(void* context) {
         queue.new_input_ = 0;
         queue.quit_code_.reset();
     }
-    own_queue = nullptr;
+    own_queue_ = nullptr;
     give_back_queue(queue);
 }
 
-bool MessageQueue::owns(HWND window) const {
-    const WindowSlot* slot = window_slot(window);
-    return slot && slot->handle.load(std::memory_order_relaxed) == window &&
-           slot->owner.load(std::memory_order_relaxed) == this;
-}
-
-/// Under the queue's lock: notes new input. The bell that results is to be written to without it.
-std::shared_ptr<Doorbell> MessageQueue::announce(DWORD kind) {
-    new_input_ |= kind;
-    return bell_->mark_rung() ? bell_ : nullptr;
-}
-
 DWORD MessageQueue::post(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    const MSG posted{window, message, wparam, lparam, GetTickCount(), {}};
+    const DWORD now = GetTickCount();
     std::shared_ptr<Doorbell> bell;
     {
         const std::lock_guard guard(queue_lock_);
         if (window && !owns(window)) {
             return ERROR_INVALID_WINDOW_HANDLE;
         }
-        if (!posted_.push(posted)) {
+        MSG* const posted = posted_.push();
+        if (!posted) {
             return ERROR_NOT_ENOUGH_QUOTA;
         }
+        posted->hwnd = window;
+        posted->message = message;
+        posted->wParam = wparam;
+        posted->lParam = lparam;
+        posted->time = now;
         bell = announce(QS_POSTMESSAGE);
     }
     if (bell) {
@@ -126,30 +113,28 @@ DWORD MessageQueue::post(HWND window, UINT message, WPARAM wparam, LPARAM lparam
     return ERROR_SUCCESS;
 }
 
-std::optional<MSG> MessageQueue::take(const MessageFilter& filter, bool remove) {
-    if (filter.first != 0 && filter.first == filter.last && !posted_.may_hold(filter.first)) {
-        return std::nullopt;
-    }
+bool MessageQueue::take(const MessageFilter& filter, bool remove, MSG& found) {
     for (std::size_t i = 0; i < posted_.size(); ++i) {
-        const MSG message = posted_[i];
-        if (!filter.passes(message.message) ||
+        const MSG& message = posted_[i];
+        if (!filter.passes_number(message.message) ||
             (filter.window && !is_inside(message.hwnd, filter.window))) {
             continue;
         }
+        found = message;
         if (remove) {
             posted_.erase(i);
         }
-        return message;
+        return true;
     }
-    return std::nullopt;
+    return false;
 }
 
-std::optional<MSG> MessageQueue::find(const MessageFilter& filter, bool remove) {
+bool MessageQueue::find(const MessageFilter& filter, bool remove, MSG& found) {
     const std::lock_guard guard(queue_lock_);
-    return owns(filter.window) ? take(filter, remove) : std::nullopt;
+    return owns(filter.window) && take(filter, remove, found);
 }
 
-std::optional<MSG> MessageQueue::look(const MessageFilter& filter, bool remove) {
+bool MessageQueue::look(const MessageFilter& filter, bool remove, MSG& found) {
     std::unique_lock guard(queue_lock_);
     if (sent_) {
         guard.unlock();
@@ -158,17 +143,18 @@ std::optional<MSG> MessageQueue::look(const MessageFilter& filter, bool remove) 
     }
     // What was sent since then has not been run, and so stays new.
     new_input_ = sent_ ? QS_SENDMESSAGE : 0;
-    if (auto message = take(filter, remove)) {
-        return message;
+    if (take(filter, remove, found)) {
+        return true;
     }
     if (!quit_code_) {
-        return std::nullopt;
+        return false;
     }
     const auto code = static_cast<WPARAM>(std::int64_t{*quit_code_});
+    found = {nullptr, WM_QUIT, code, 0, GetTickCount(), {}};
     if (remove) {
         quit_code_.reset();
     }
-    return MSG{nullptr, WM_QUIT, code, 0, GetTickCount(), {}};
+    return true;
 }
 
 void MessageQueue::post_quit(int exit_code) {

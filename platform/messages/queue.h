@@ -16,7 +16,7 @@ struct MessageFilter {
     UINT first = 0;
     UINT last = 0;
 
-    bool passes(UINT message) const {
+    bool passes_number(UINT message) const {
         return (first == 0 && last == 0) || (message >= first && message <= last);
     }
 };
@@ -44,10 +44,10 @@ struct SentMessage {
 class MessageQueue {
   public:
     /// The calling thread's; made at the first need. Null when no descriptor is left.
-    static MessageQueue* current();
+    static MessageQueue* current() { return own_queue_ ? own_queue_ : make(); }
 
     /// The same without making one.
-    static MessageQueue* existing();
+    static MessageQueue* existing() { return own_queue_; }
 
     const std::shared_ptr<Doorbell>& bell() const { return bell_; }
 
@@ -60,8 +60,8 @@ class MessageQueue {
     /// False when the window is gone.
     bool send(SentMessage& message);
 
-    /// The first message that passes; with `remove` it leaves the queue.
-    std::optional<MSG> find(const MessageFilter& filter, bool remove);
+    /// The first message that passes, if there is one; with `remove` it leaves the queue.
+    bool find(const MessageFilter& filter, bool remove, MSG& found);
 
     /// Ends a message that this queue's thread has sent elsewhere.
     void complete(SentMessage& message, LRESULT result);
@@ -70,7 +70,7 @@ class MessageQueue {
 
     /// Runs what has been sent to the thread up to this moment, then does the same as find(): what
     /// is there is no new input any more, and WM_QUIT follows when nothing else passes.
-    std::optional<MSG> look(const MessageFilter& filter, bool remove);
+    bool look(const MessageFilter& filter, bool remove, MSG& found);
 
     void run_sent();
 
@@ -93,23 +93,38 @@ class MessageQueue {
     WindowSlot* child_of(const WindowSlot& parent);
 
   private:
+    static MessageQueue* make();
     static void thread_ended(void* queue);
 
-    bool owns(HWND window) const;
-    std::shared_ptr<Doorbell> announce(DWORD kind);
-    std::optional<MSG> take(const MessageFilter& filter, bool remove);
+    bool owns(HWND window) const {
+        const WindowSlot* slot = window_slot(window);
+        return slot && slot->handle.load(std::memory_order_relaxed) == window &&
+               slot->owner.load(std::memory_order_relaxed) == this;
+    }
+
+    /// Under the queue's lock: notes new input. The bell that results is to be written to without
+    /// the lock.
+    std::shared_ptr<Doorbell> announce(DWORD kind) {
+        new_input_ |= kind;
+        return bell_->mark_rung() ? bell_ : nullptr;
+    }
+
+    bool take(const MessageFilter& filter, bool remove, MSG& found);
     SentMessage* next_sent(std::uint64_t last);
     SentMessage* unlink_sent(HWND window);
 
-    std::mutex queue_lock_;
-    std::shared_ptr<Doorbell> bell_; ///< changed only while the queue has no window
-    MessageRing posted_;
-    SentMessage* sent_ = nullptr;
-    std::uint64_t last_sequence_ = 0;
+    // What every post and look touches lies together.
+    alignas(64) std::mutex queue_lock_;
     DWORD new_input_ = 0;
+    SentMessage* sent_ = nullptr;
+    MessageRing posted_;
+    std::shared_ptr<Doorbell> bell_; ///< changed only while the queue has no window
+    std::uint64_t last_sequence_ = 0;
     std::optional<int> quit_code_;
 
     WindowSlot* windows_ = nullptr; ///< the owning thread's alone
+
+    static thread_local constinit MessageQueue* own_queue_ TARNEL_FAST_THREAD_LOCAL;
 };
 
 /// The queue of the thread that owns `window`, or owned it a moment ago; null for none.

@@ -32,11 +32,7 @@ BOOL PeekMessageA(MSG* message, HWND window, UINT first, UINT last, UINT remove)
     if (owner != own && own) {
         own->run_sent();
     }
-    const auto found = owner == own ? own->look(filter, take) : owner->find(filter, take);
-    if (found) {
-        *message = *found;
-    }
-    return found.has_value();
+    return owner == own ? own->look(filter, take, *message) : owner->find(filter, take, *message);
 }
 
 BOOL GetMessageA(MSG* message, HWND window, UINT first, UINT last) {
@@ -51,9 +47,8 @@ BOOL GetMessageA(MSG* message, HWND window, UINT first, UINT last) {
             SetLastError(ERROR_INVALID_WINDOW_HANDLE);
             return -1;
         }
-        if (const auto found = own->look({window, first, last}, true)) {
-            *message = *found;
-            return found->message != WM_QUIT;
+        if (own->look({window, first, last}, true, *message)) {
+            return message->message != WM_QUIT;
         }
     }
 }

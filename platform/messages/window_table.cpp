@@ -7,18 +7,15 @@
 #include <mutex>
 
 namespace tarnel {
+
+constinit std::array<std::atomic<WindowChunk*>, max_window_chunks> window_chunks{};
+
 namespace {
 
-constexpr std::uint32_t slots_per_chunk = 256;
-constexpr std::uint32_t max_chunks = 256;
 constexpr int generation_shift = 18;
-constexpr std::uint64_t place_mask = slots_per_chunk * max_chunks - 1;
-
-using Chunk = std::array<WindowSlot, slots_per_chunk>;
 
 struct Table {
     std::mutex table_lock;
-    std::array<std::atomic<Chunk*>, max_chunks> chunks{};
     std::uint32_t chunk_count = 0;
     std::deque<WindowSlot*> free; // used in turn, so that a handle comes back as late as possible
 };
@@ -29,29 +26,22 @@ Table& table() {
 }
 
 void add_chunk(Table& windows) {
-    auto* chunk = new Chunk;
-    std::uint32_t place = windows.chunk_count * slots_per_chunk;
+    auto* chunk = new WindowChunk;
+    std::uint32_t place = windows.chunk_count * window_slots_per_chunk;
     for (WindowSlot& slot : *chunk) {
         slot.place = place++;
         windows.free.push_back(&slot);
     }
-    windows.chunks[windows.chunk_count++].store(chunk, std::memory_order_release);
+    window_chunks[windows.chunk_count++].store(chunk, std::memory_order_release);
 }
 
 } // namespace
-
-WindowSlot* window_slot(HWND window) {
-    const std::uint64_t place = reinterpret_cast<std::uint64_t>(window) >> 2 & place_mask;
-    const auto& chunk = table().chunks[place / slots_per_chunk];
-    Chunk* const slots = window ? chunk.load(std::memory_order_acquire) : nullptr;
-    return slots ? &(*slots)[place % slots_per_chunk] : nullptr;
-}
 
 WindowSlot* take_window_slot(HWND& handle) {
     Table& windows = table();
     const std::lock_guard guard(windows.table_lock);
     if (windows.free.empty()) {
-        if (windows.chunk_count == max_chunks) {
+        if (windows.chunk_count == max_window_chunks) {
             return nullptr;
         }
         add_chunk(windows);

@@ -2,6 +2,7 @@
 
 #include "platform/messages/window.h"
 
+#include <array>
 #include <atomic>
 
 namespace tarnel {
@@ -31,8 +32,22 @@ struct WindowSlot {
     std::uint32_t generation = 0;
 };
 
+constexpr std::uint32_t window_slots_per_chunk = 256;
+constexpr std::uint32_t max_window_chunks = 256;
+
+using WindowChunk = std::array<WindowSlot, window_slots_per_chunk>;
+
+/// Every post and dispatch looks here.
+extern constinit std::array<std::atomic<WindowChunk*>, max_window_chunks> window_chunks;
+
 /// The place that `window` names, whether it is still that window or not; null for none.
-WindowSlot* window_slot(HWND window);
+inline WindowSlot* window_slot(HWND window) {
+    constexpr std::uint64_t mask = window_slots_per_chunk * max_window_chunks - 1;
+    const std::uint64_t place = reinterpret_cast<std::uint64_t>(window) >> 2 & mask;
+    WindowChunk* const chunk =
+        window_chunks[place / window_slots_per_chunk].load(std::memory_order_acquire);
+    return window && chunk ? &(*chunk)[place % window_slots_per_chunk] : nullptr;
+}
 
 /// Takes a free place and gives it a new handle, to be published by the owner; null when 65,536
 /// windows exist.

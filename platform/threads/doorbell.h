@@ -10,15 +10,16 @@
 namespace tarnel {
 
 /// The one descriptor that a thread sleeps on. Whoever changes something that the thread may wait
-/// for changes it first, under its own lock, and rings then; the thread looks again at everything
-/// when it wakes, so a ring too many does no harm. Ringing may happen on any thread for as long as
-/// the bell is held; the rest belongs to the bell's own thread.
+/// for changes it first, under a lock that the thread takes to look at it, and rings then; the
+/// thread looks again at everything when it wakes, so a ring too many does no harm. Ringing may
+/// happen on any thread for as long as the bell is held; the rest belongs to the bell's own thread.
 class Doorbell {
   public:
     /// Null when the process has no descriptor left.
     static std::shared_ptr<Doorbell> make();
 
-    /// Writes to the descriptor only when it has not been rung since the thread last looked.
+    /// Writes to the descriptor only when the thread sleeps: one that is awake finds the mark
+    /// before it goes to sleep.
     void ring() {
         if (mark_rung()) {
             write_ring();
@@ -28,36 +29,53 @@ class Doorbell {
     /// The first half of ring(), for use under a lock: whether the caller is to call write_ring()
     /// after the lock is gone.
     bool mark_rung() {
-        return !rung_.load(std::memory_order_acquire) &&
-               !rung_.exchange(true, std::memory_order_acq_rel);
+        return state_.load(std::memory_order_acquire) != State::rung &&
+               state_.exchange(State::rung, std::memory_order_acq_rel) == State::asleep;
     }
 
     void write_ring();
 
-    /// Readable while the bell has been rung; the application's loop may poll it.
+    /// Readable while the bell has been rung and its thread is not awake to see it.
     int descriptor() const { return event_.get(); }
 
-    /// Takes the ring back, if there is one: what it announced must be looked for afterwards.
-    bool silence();
+    // The application's own loop may listen to the bell as well (see Sleeper): while that loop
+    // runs, the thread counts as asleep.
 
-    /// With a host the bell is shared with the application's own loop: see Sleeper.
-    bool hosted = false;
-    bool in_host_wait = false;
+    bool is_hosted() const { return hosted_; }
+
+    void host() {
+        hosted_ = true;
+        rest();
+    }
+
+    /// From the host's loop into the layer; what was rung for must be looked for afterwards.
+    void wake(bool readable);
+
+    /// Back to sleep, or into the host's loop: whether a ring came while the thread was awake.
+    /// What that was for must be looked for, or be rung for again.
+    bool rest();
+
     HostWait host_wait;
+    bool in_host_wait = false;
 
   private:
     friend class Sleeper;
 
+    enum class State { awake, asleep, rung };
+
     explicit Doorbell(Descriptor event) : event_(std::move(event)) {}
 
-    void sleep(const Deadline& deadline);
+    bool poll(const Deadline& deadline) const;
+    void wait_in_host(const Deadline& deadline);
 
     Descriptor event_;
-    std::atomic<bool> rung_ = false;
+    std::atomic<State> state_ = State::awake;
+    bool unread_ = false; ///< the descriptor was written to, and not emptied since
+    bool hosted_ = false;
 };
 
-/// One wait of the bell's own thread. When the application's loop listens to the same bell, rings
-/// that were taken here may have been meant for that loop: it is rung once more at the end.
+/// One wait of the bell's own thread. When the application's loop listens to the same bell, a ring
+/// that was taken here may have been meant for that loop: it is rung once more at the end.
 class Sleeper {
   public:
     enum class Kind { plain, serving_messages };
@@ -69,7 +87,8 @@ class Sleeper {
     Sleeper& operator=(const Sleeper&) = delete;
 
     ~Sleeper() {
-        if (bell_.hosted && took_ring_) {
+        if (slept_ && bell_.is_hosted()) {
+            bell_.rest();
             bell_.ring();
         }
     }
@@ -80,7 +99,7 @@ class Sleeper {
   private:
     Doorbell& bell_;
     const Kind kind_;
-    bool took_ring_ = false;
+    bool slept_ = false;
 };
 
 } // namespace tarnel

@@ -37,36 +37,46 @@ void Doorbell::write_ring() {
     static_cast<void>(::eventfd_write(event_.get(), 1));
 }
 
-bool Doorbell::silence() {
-    if (!rung_.load(std::memory_order_acquire)) {
-        return false;
-    }
-    // Emptied before the mark goes: a ring between the two is seen by the look that follows.
-    eventfd_t count = 0;
-    static_cast<void>(::eventfd_read(event_.get(), &count));
-    rung_.exchange(false, std::memory_order_acq_rel);
-    return true;
+void Doorbell::wake(bool readable) {
+    const bool rung = state_.exchange(State::awake, std::memory_order_acq_rel) == State::rung;
+    unread_ = unread_ || readable || rung;
 }
 
-void Doorbell::sleep(const Deadline& deadline) {
+bool Doorbell::rest() {
+    // Emptied only now: that spares the way from a ring to what it is for a system call.
+    if (std::exchange(unread_, false)) {
+        eventfd_t count = 0;
+        static_cast<void>(::eventfd_read(event_.get(), &count));
+    }
+    return state_.exchange(State::asleep, std::memory_order_acq_rel) == State::rung;
+}
+
+bool Doorbell::poll(const Deadline& deadline) const {
     pollfd entry{.fd = event_.get(), .events = POLLIN, .revents = 0};
     timespec left{};
     if (!deadline.endless()) {
         left = to_timespec(deadline.remaining());
     }
-    static_cast<void>(::ppoll(&entry, 1, deadline.endless() ? nullptr : &left, nullptr));
+    return ::ppoll(&entry, 1, deadline.endless() ? nullptr : &left, nullptr) > 0;
+}
+
+void Doorbell::wait_in_host(const Deadline& deadline) {
+    const HostWait host = host_wait;
+    const bool nested = std::exchange(in_host_wait, true);
+    host.wait(host.context, descriptor(), whole_milliseconds(deadline));
+    in_host_wait = nested;
 }
 
 void Sleeper::sleep(const Deadline& deadline) {
-    if (kind_ == Kind::serving_messages && bell_.host_wait.wait) {
-        const HostWait host = bell_.host_wait;
-        const bool nested = std::exchange(bell_.in_host_wait, true);
-        host.wait(host.context, bell_.descriptor(), whole_milliseconds(deadline));
-        bell_.in_host_wait = nested;
+    slept_ = true;
+    if (bell_.rest()) {
+        bell_.wake(false);
+    } else if (kind_ == Kind::serving_messages && bell_.host_wait.wait) {
+        bell_.wait_in_host(deadline);
+        bell_.wake(true);
     } else {
-        bell_.sleep(deadline);
+        bell_.wake(bell_.poll(deadline));
     }
-    took_ring_ = bell_.silence() || took_ring_;
 }
 
 } // namespace tarnel

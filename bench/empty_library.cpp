@@ -1,0 +1,5 @@
+extern "C" __attribute__((visibility("default"))) int nothing();
+
+int nothing() {
+    return 0;
+}
