@@ -1,3 +1,4 @@
+#include "platform/messages/host_loop.h"
 #include "platform/messages/message.h"
 #include "platform/messages/wait_messages.h"
 #include "platform/messages/window.h"
@@ -7,6 +8,7 @@
 #include "tests/support/worker.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include <array>
 #include <atomic>
@@ -225,6 +227,56 @@ TEST(MessagesStress, TwoThreadsLoseNothingAndKeepTheOrder) {
         }
     }
     EXPECT_TRUE(support::back_to(before));
+}
+
+/// A thread whose own poll loop hosts the queue, with waits of the layer nested in its handlers.
+/// Every message that comes while such a wait holds the bell must still reach the loop.
+TEST(MessagesStress, AHostIsWokenForEveryMessage) {
+    constexpr WPARAM count = 100'000;
+    std::atomic<std::uint64_t> progress = 0;
+    const Watchdog watchdog(progress);
+    CEvent never;
+    std::mt19937 random(3);
+    const auto nest = [&] {
+        MSG message;
+        switch (random() % 32) {
+        case 0:
+            WaitForSingleObject(never, 1);
+            break;
+        case 1:
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 1, QS_SENDMESSAGE);
+            break;
+        case 2:
+            PeekMessageA(&message, nullptr, latest, latest, PM_REMOVE);
+            break;
+        default:
+            break;
+        }
+    };
+    const MessageWindow window([&](UINT message, WPARAM value, LPARAM) -> LRESULT {
+        if (message == numbered) {
+            EXPECT_EQ(value, progress++);
+            nest();
+        }
+        return message == question ? answer_to(value) : 0;
+    });
+    pollfd entry{tarnel::message_descriptor(), POLLIN, 0};
+    Worker poster([&] {
+        for (WPARAM i = 0; i < count;) {
+            i += PostMessageA(window.handle, numbered, i, 0) ? 1 : 0;
+            if (i % 7 == 0) { // mostly the host is asleep by then
+                EXPECT_EQ(SendMessageA(window.handle, question, i, 0), answer_to(i));
+            }
+        }
+        return 0U;
+    });
+    while (progress < count) {
+        ::poll(&entry, 1, -1);
+        EXPECT_TRUE(tarnel::run_pending_messages());
+    }
+    while (WaitForSingleObject(poster.handle, 0) == WAIT_TIMEOUT) {
+        tarnel::run_pending_messages();
+    }
 }
 
 } // namespace
