@@ -154,6 +154,29 @@ TEST(Windows, TakeTheirMessagesAndChildrenWithThem) {
     }
 }
 
+TEST(Windows, AreNotMistakenForTheirSuccessors) {
+    std::vector<HWND> stale;
+    for (int i = 0; i < 300; ++i) {
+        stale.push_back(MessageWindow(ignore).handle);
+    }
+    std::vector<std::unique_ptr<MessageWindow>> successors; // in every place used before
+    for (int i = 0; i < 600; ++i) {
+        successors.push_back(std::make_unique<MessageWindow>([](UINT message, WPARAM, LPARAM) {
+            EXPECT_NE(message, WM_USER);
+            return LRESULT{1};
+        }));
+    }
+    for (const HWND window : stale) {
+        const MSG message{window, WM_USER, 0, 0, 0, {}};
+        EXPECT_FALSE(IsWindow(window));
+        EXPECT_FALSE(PostMessageA(window, WM_USER, 0, 0));
+        EXPECT_EQ(SendMessageA(window, WM_USER, 0, 0), 0);
+        EXPECT_EQ(DispatchMessageA(&message), 0);
+        EXPECT_FALSE(DestroyWindow(window));
+    }
+    EXPECT_EQ(take_all(), std::vector<UINT>{});
+}
+
 TEST(Windows, BelongToTheirThread) {
     WindowThread other(quit_on_request);
     EXPECT_FALSE(DestroyWindow(other.window));
