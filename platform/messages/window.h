@@ -5,7 +5,8 @@
 
 namespace tarnel {
 
-/// Handles one message of the window made with `context`; runs on the window's thread.
+/// Handles one message of the window made with `context`; runs on the window's thread. An exception
+/// passes through the call that ran it, but none may leave WM_DESTROY and WM_NCDESTROY.
 using WindowProcedure = LRESULT (*)(void* context, HWND window, UINT message, WPARAM wparam,
                                     LPARAM lparam);
 

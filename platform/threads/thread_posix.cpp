@@ -44,8 +44,7 @@ bool Thread::start(const std::shared_ptr<Thread>& thread, std::size_t stack_size
     // The new thread holds its object until it has signalled its end.
     auto own = std::make_unique<std::shared_ptr<Thread>>(thread);
     const Attributes attributes(stack_size);
-    // Under the lock, so that the thread's number is there before anybody can ask for it.
-    const std::lock_guard guard(wait_lock());
+    // The thread's number is stored before anybody has the handle that asks for it.
     if (::pthread_create(&thread->pthread_, attributes.get(), &Thread::run, own.get()) != 0) {
         return false;
     }
@@ -86,13 +85,12 @@ void Thread::signal_end() {
 
 void Thread::handle_closed() {
     std::unique_lock guard(wait_lock());
-    const bool join = ended_;
-    const pthread_t pthread = pthread_;
+    const bool ended = ended_;
     guard.unlock();
-    if (join) {
-        ::pthread_join(pthread, nullptr);
+    if (ended) {
+        ::pthread_join(pthread_, nullptr);
     } else {
-        ::pthread_detach(pthread);
+        ::pthread_detach(pthread_);
     }
 }
 
