@@ -25,6 +25,11 @@ class CString {
 
     BOOL IsEmpty() const { return text_.empty(); }
 
+    /// Replaces the text by `format` with an int for each "%d" and a text for each "%s", whatever
+    /// the locale; "%%" is a percent sign. Other conversions are not known: their character stands
+    /// for itself. A CString among the arguments is given as GetString().
+    TARNEL_PLATFORM_API void Format(LPCSTR format, ...) __attribute__((format(printf, 2, 3)));
+
     /// Replaces the text by string `id` of the first module that has it: the current resource
     /// handle of the calling thread, then the extension libraries, the last loaded first. Nonzero
     /// when found; otherwise 0 and the text stays.

@@ -15,6 +15,7 @@ using BOOL = int;
 using WPARAM = std::uint64_t;
 using LPARAM = std::int64_t;
 using LRESULT = std::int64_t;
+using INT_PTR = std::int64_t;
 using LPVOID = void*;
 using LPSTR = char*;
 using LPCSTR = const char*;
