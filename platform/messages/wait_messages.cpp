@@ -24,8 +24,10 @@ std::optional<std::size_t> run_wait(Wait& wait, std::size_t count, MessageQueue&
     }
     Sleeper sleeper(*queue.bell(), Sleeper::Kind::serving_messages);
     wait.enlist(queue.bell());
+    Sources sources;
     while (!(result = outcome(wait, count, queue, mask)) && !deadline.passed()) {
-        sleeper.sleep(deadline);
+        wait.gather(sources);
+        sleeper.sleep(deadline, sources);
     }
     // An object that was signalled at the last moment has been consumed by this wait.
     const auto object = wait.withdraw();

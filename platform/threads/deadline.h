@@ -2,6 +2,7 @@
 
 #include "platform/base/types.h"
 
+#include <algorithm>
 #include <chrono>
 
 constexpr DWORD INFINITE = 0xFFFFFFFF;
@@ -13,11 +14,18 @@ class Deadline {
   public:
     using Clock = std::chrono::steady_clock;
 
+    /// Never comes.
+    Deadline() = default;
+
     /// `milliseconds` from now; INFINITE never comes, and 0 has passed already.
     static Deadline after(DWORD milliseconds) {
         return milliseconds == INFINITE
-                   ? Deadline(Clock::time_point::max())
+                   ? Deadline()
                    : Deadline(Clock::now() + std::chrono::milliseconds(milliseconds));
+    }
+
+    static Deadline earlier(const Deadline& a, const Deadline& b) {
+        return Deadline(std::min(a.moment_, b.moment_));
     }
 
     bool endless() const { return moment_ == Clock::time_point::max(); }
@@ -32,7 +40,7 @@ class Deadline {
   private:
     explicit Deadline(Clock::time_point moment) : moment_(moment) {}
 
-    Clock::time_point moment_;
+    Clock::time_point moment_ = Clock::time_point::max();
 };
 
 } // namespace tarnel

@@ -3,6 +3,7 @@
 #include "platform/base/descriptor.h"
 #include "platform/threads/deadline.h"
 #include "platform/threads/host_wait.h"
+#include "platform/threads/source.h"
 
 #include <atomic>
 #include <memory>
@@ -65,7 +66,7 @@ class Doorbell {
 
     explicit Doorbell(Descriptor event) : event_(std::move(event)) {}
 
-    bool poll(const Deadline& deadline) const;
+    bool poll(const Deadline& deadline, const Sources& sources) const;
     void wait_in_host(const Deadline& deadline);
 
     Descriptor event_;
@@ -93,8 +94,9 @@ class Sleeper {
         }
     }
 
-    /// Returns after a ring, at the deadline, or early for no reason.
-    void sleep(const Deadline& deadline);
+    /// Returns after a ring, at the deadline, or early for no reason. Serves `sources` meanwhile,
+    /// unless the host's own wait knows nothing of them: then it sleeps in short slices.
+    void sleep(const Deadline& deadline, const Sources& sources = {});
 
   private:
     Doorbell& bell_;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdint>
 
@@ -51,13 +52,29 @@ bool Doorbell::rest() {
     return state_.exchange(State::asleep, std::memory_order_acq_rel) == State::rung;
 }
 
-bool Doorbell::poll(const Deadline& deadline) const {
-    pollfd entry{.fd = event_.get(), .events = POLLIN, .revents = 0};
-    timespec left{};
-    if (!deadline.endless()) {
-        left = to_timespec(deadline.remaining());
+bool Doorbell::poll(const Deadline& deadline, const Sources& sources) const {
+    std::array<pollfd, 9> entries; // as many sources as there can be, and the bell
+    entries[0] = {.fd = event_.get(), .events = POLLIN, .revents = 0};
+    std::array<Deadline, 9> moments;
+    nfds_t count = 1;
+    Deadline until = deadline;
+    for (const auto& source : sources.all()) {
+        const Source::Watch watch = source->watch();
+        entries[count] = {.fd = watch.descriptor, .events = watch.events, .revents = 0};
+        moments[count++] = watch.deadline;
+        until = Deadline::earlier(until, watch.deadline);
     }
-    return ::ppoll(&entry, 1, deadline.endless() ? nullptr : &left, nullptr) > 0;
+    timespec left{};
+    if (!until.endless()) {
+        left = to_timespec(until.remaining());
+    }
+    const int ready = ::ppoll(entries.data(), count, until.endless() ? nullptr : &left, nullptr);
+    for (nfds_t i = 1; i < count; ++i) {
+        if ((ready > 0 && entries[i].revents != 0) || moments[i].passed()) {
+            sources.all()[i - 1]->serve();
+        }
+    }
+    return ready > 0 && entries[0].revents != 0;
 }
 
 void Doorbell::wait_in_host(const Deadline& deadline) {
@@ -67,15 +84,20 @@ void Doorbell::wait_in_host(const Deadline& deadline) {
     in_host_wait = nested;
 }
 
-void Sleeper::sleep(const Deadline& deadline) {
+void Sleeper::sleep(const Deadline& deadline, const Sources& sources) {
     slept_ = true;
     if (bell_.rest()) {
         bell_.wake(false);
     } else if (kind_ == Kind::serving_messages && bell_.host_wait.wait) {
-        bell_.wait_in_host(deadline);
+        constexpr DWORD slice = 20;
+        const bool blind = !sources.all().empty();
+        bell_.wait_in_host(blind ? Deadline::earlier(deadline, Deadline::after(slice)) : deadline);
+        for (const auto& source : sources.all()) {
+            source->serve();
+        }
         bell_.wake(true);
     } else {
-        bell_.wake(bell_.poll(deadline));
+        bell_.wake(bell_.poll(deadline, sources));
     }
 }
 

@@ -1,36 +1,34 @@
 #include "platform/threads/event.h"
 
+#include "platform/threads/event_object.h"
 #include "platform/threads/handle_table.h"
 #include "platform/threads/wait.h"
 
 namespace tarnel {
+
+void Event::set(bool keep) {
+    Bells bells;
+    const std::lock_guard guard(wait_lock());
+    signalled_ = true;
+    complete_waits(bells);
+    signalled_ = signalled_ && keep;
+}
+
+void Event::reset() {
+    const std::lock_guard guard(wait_lock());
+    signalled_ = false;
+}
+
+void Event::attach(std::shared_ptr<Source> source) {
+    Bells bells;
+    const std::lock_guard guard(wait_lock());
+    source_.swap(source); // the old one goes after the lock
+    if (source_) {
+        wake_waiters(bells);
+    }
+}
+
 namespace {
-
-class Event final : public Waitable {
-  public:
-    Event(bool manual, bool signalled) : manual_(manual), signalled_(signalled) {}
-
-    void set(bool keep) {
-        Bells bells;
-        const std::lock_guard guard(wait_lock());
-        signalled_ = true;
-        complete_waits(bells);
-        signalled_ = signalled_ && keep;
-    }
-
-    void reset() {
-        const std::lock_guard guard(wait_lock());
-        signalled_ = false;
-    }
-
-  private:
-    bool is_signalled() const override { return signalled_; }
-
-    void consume() override { signalled_ = manual_; }
-
-    const bool manual_;
-    bool signalled_;
-};
 
 template <typename Change>
 BOOL change_event(HANDLE handle, Change change) {
@@ -54,7 +52,7 @@ HANDLE CreateEventA(void* attributes, BOOL manual_reset, BOOL initial_state, LPC
 }
 
 BOOL SetEvent(HANDLE event) {
-    return tarnel::change_event(event, [](tarnel::Event& it) { it.set(true); });
+    return tarnel::change_event(event, [](tarnel::Event& it) { it.set(); });
 }
 
 BOOL ResetEvent(HANDLE event) {

@@ -36,15 +36,26 @@ bool WaitLinks::repeated() const {
 
 DWORD run_plain_wait(Wait& wait, const Deadline& deadline) {
     auto result = wait.try_now();
-    if (!result && !deadline.passed()) {
+    Sources sources;
+    if (!result) {
+        wait.gather(sources);
+    }
+    // What has sources is served once even by a wait that only wants to look.
+    if (!result && (!deadline.passed() || !sources.all().empty())) {
         const auto& bell = ThreadState::current().doorbell();
         if (!bell) {
             SetLastError(ERROR_NO_SYSTEM_RESOURCES);
             return WAIT_FAILED;
         }
         Sleeper sleeper(*bell, Sleeper::Kind::plain);
-        for (result = wait.enlist(bell); !result && !deadline.passed(); result = wait.result()) {
-            sleeper.sleep(deadline);
+        result = wait.enlist(bell);
+        while (!result) {
+            wait.gather(sources);
+            sleeper.sleep(deadline, sources);
+            result = wait.result();
+            if (deadline.passed()) {
+                break;
+            }
         }
         result = wait.withdraw();
     }

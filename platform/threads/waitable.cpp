@@ -40,6 +40,12 @@ void Waitable::complete_waits(Bells& bells) {
     }
 }
 
+void Waitable::wake_waiters(Bells& bells) {
+    for (const WaitLink* link = first_; link; link = link->next) {
+        bells.add(link->wait->bell_);
+    }
+}
+
 Wait::Wait(std::span<WaitLink> links, bool all) : links_(links), all_(all) {
     for (WaitLink& link : links_) {
         link.wait = this;
@@ -76,6 +82,14 @@ std::optional<std::size_t> Wait::enlist(const std::shared_ptr<Doorbell>& bell) {
 std::optional<std::size_t> Wait::result() const {
     const std::lock_guard guard(wait_lock());
     return result_;
+}
+
+void Wait::gather(Sources& sources) const {
+    sources.clear();
+    const std::lock_guard guard(wait_lock());
+    for (const WaitLink& link : links_) {
+        sources.add(link.object->source());
+    }
 }
 
 std::optional<std::size_t> Wait::withdraw() {

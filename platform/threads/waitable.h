@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/threads/doorbell.h"
+#include "platform/threads/source.h"
 
 #include <array>
 #include <memory>
@@ -57,6 +58,12 @@ class Waitable {
     /// What a satisfied wait does to the object.
     virtual void consume() {}
 
+    /// What has to be served while somebody waits for the object, or null.
+    virtual std::shared_ptr<Source> source() const { return nullptr; }
+
+    /// Has those who wait look again at what they have to serve.
+    void wake_waiters(Bells& bells);
+
     /// After the object became signalled, under the wait lock: completes the waits that this
     /// satisfies, the oldest first, for as long as the object stays signalled.
     void complete_waits(Bells& bells);
@@ -91,6 +98,9 @@ class Wait {
 
     /// The result, once the wait has been completed.
     std::optional<std::size_t> result() const;
+
+    /// What the waiting thread has to serve meanwhile.
+    void gather(Sources& sources) const;
 
     /// Leaves the lists for good and says whether the wait was completed before.
     std::optional<std::size_t> withdraw();
