@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/base/export.h"
+#include "platform/base/types.h"
+#include "platform/registry/registry.h"
+
+#include <string>
+
+/// The application as the framework knows it: one object, usually static, made before anything asks
+/// for it. Its settings lie below HKEY_CURRENT_USER\Software\<registry key>\<profile name>.
+class TARNEL_PLATFORM_API CWinApp {
+  public:
+    /// Becomes the current application, until it is destroyed.
+    CWinApp();
+    CWinApp(const CWinApp&) = delete;
+    CWinApp& operator=(const CWinApp&) = delete;
+    virtual ~CWinApp();
+
+    /// Sets the registry key, usually the company's name. Null or empty: none, as at the start.
+    void SetRegistryKey(LPCSTR company);
+
+    /// The key of `section`, made when missing, with read and write access; the caller closes it.
+    /// Null when there is no registry key or the section's key cannot be had.
+    HKEY GetSectionKey(LPCSTR section);
+
+    /// The executable's name without its folder, unless the application sets another one, which it
+    /// keeps alive.
+    LPCSTR m_pszProfileName;
+
+  private:
+    std::string executable_;
+    std::string registry_key_;
+};
+
+/// The current application, null when there is none.
+TARNEL_PLATFORM_API CWinApp* AfxGetApp();
