@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/comm/port_names.h"
+
+#include <string>
+#include <vector>
+
+namespace tarnel {
+
+/// COM`number` means `path`.
+struct MappedPort {
+    unsigned number;
+    std::string path;
+};
+
+/// What stands in `map`; nothing when it cannot be read.
+std::vector<MappedPort> ports_in(PortMap map);
+
+} // namespace tarnel
