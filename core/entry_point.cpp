@@ -1,3 +1,5 @@
+#include "core/entry_point.h"
+
 #include "core/built_in_script.h"
 #include "core/load_order.h"
 #include "core/locale_manager.h"
@@ -35,3 +37,7 @@ tarnel::ModuleEntry module_entry TARNEL_LOAD_PLACE(load_entry_point)(&DllMain, "
                                                                      tarnel::built_in_script());
 
 } // namespace
+
+HINSTANCE tarnel::library_module() {
+    return extension_module.hModule;
+}
