@@ -1,45 +1,29 @@
-#include "platform/base/diagnostics.h"
 #include "tools/verbs.h"
 
-#include <dlfcn.h>
-#include <fmt/core.h>
+#include <fmt/format.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 // `tarnel loading` shows what the library writes to the diagnostic output while it is loaded and
 // unloaded, and whether it is really gone afterwards.
 
 namespace {
 
-constexpr const char* library_name = "libTarnelToolBoxLib.so";
-constexpr int exit_no_library = 2;
-constexpr int exit_still_loaded = 3;
+constexpr int exit_no_program = 4;
 
-void print_piece(void*, std::string_view text) {
-    fmt::print("{}", text);
-    std::fflush(stdout);
-}
-
-void load_and_unload() {
-    void* library = ::dlopen(library_name, RTLD_NOW | RTLD_LOCAL);
-    if (!library) {
-        fmt::print(stderr, "The library cannot be loaded: {}\n", ::dlerror());
-        throw CLI::RuntimeError(exit_no_library);
-    }
-    ::dlclose(library);
-    if (::dlopen(library_name, RTLD_NOW | RTLD_NOLOAD)) {
-        fmt::print(stderr, "The library stays loaded.\n");
-        throw CLI::RuntimeError(exit_still_loaded);
-    }
-}
-
-void show_loading(int rounds) {
-    tarnel::set_debug_sink(&print_piece, nullptr);
-    for (int round = 0; round < rounds; ++round) {
-        load_and_unload();
-    }
-    tarnel::set_debug_sink(nullptr, nullptr);
-    fmt::print("Loaded and unloaded {} time{}.\n", rounds, rounds == 1 ? "" : "s");
+/// Goes on as the program that stands beside the tool.
+[[noreturn]] void show_loading(int rounds) {
+    std::error_code error;
+    const auto tool = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::string program = tool.parent_path() / "tarnel-loading";
+    ::execl(program.c_str(), program.c_str(), fmt::to_string(rounds).c_str(), nullptr);
+    fmt::print(stderr, "{} cannot be started: {}\n", program,
+               std::generic_category().message(errno));
+    throw CLI::RuntimeError(exit_no_program);
 }
 
 } // namespace

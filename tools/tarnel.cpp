@@ -1,10 +1,23 @@
 #include "tools/verbs.h"
 
+#include <fmt/core.h>
+
+#include <cstdio>
+
+void fail(int exit_code, const std::string& why) {
+    fmt::print(stderr, "{}\n", why);
+    throw CLI::RuntimeError(exit_code);
+}
+
 int main(int argc, char** argv) {
     CLI::App tool{"TarnelToolBoxLib's tool: the library's services at the command line."};
     tool.set_version_flag("--version", TARNEL_VERSION);
     tool.require_subcommand(1);
+    add_dump_verb(tool);
+    add_line_verb(tool);
     add_loading_verb(tool);
+    add_ports_verb(tool);
+    add_write_verb(tool);
     try {
         tool.parse(argc, argv);
     } catch (const CLI::Error& error) {

@@ -2,7 +2,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string>
+
 // Each verb of the tool adds itself to the command line. A verb that fails throws CLI::RuntimeError
 // with the tool's exit code, after it has said on standard error why.
 
+/// Says why on standard error, and ends the tool with `exit_code`.
+[[noreturn]] void fail(int exit_code, const std::string& why);
+
+void add_dump_verb(CLI::App& tool);
+void add_line_verb(CLI::App& tool);
 void add_loading_verb(CLI::App& tool);
+void add_ports_verb(CLI::App& tool);
+void add_write_verb(CLI::App& tool);
