@@ -73,7 +73,8 @@ std::shared_ptr<Line> Line::open(const std::string& name) {
     auto settings = descriptor ? tty::settings(descriptor.get()) : std::nullopt;
     // Raw at once: a tty that edits lines would change what arrives, and echo it.
     if (!settings || !tty::apply(descriptor.get(), *settings, !tty::is_pseudo(descriptor.get()))) {
-        report(name + " (" + *path + "): " + reason(error, *path));
+        const std::string shown = *path == name ? name : name + " (" + *path + ")";
+        report(shown + ": " + reason(error, *path));
         SetLastError(error_of(error));
         return nullptr;
     }

@@ -66,7 +66,7 @@ class Doorbell {
 
     explicit Doorbell(Descriptor event) : event_(std::move(event)) {}
 
-    bool poll(const Deadline& deadline, const Sources& sources) const;
+    void sleep_and_serve(const Deadline& deadline, const Sources& sources);
     void wait_in_host(const Deadline& deadline);
 
     Descriptor event_;

@@ -52,7 +52,7 @@ bool Doorbell::rest() {
     return state_.exchange(State::asleep, std::memory_order_acq_rel) == State::rung;
 }
 
-bool Doorbell::poll(const Deadline& deadline, const Sources& sources) const {
+void Doorbell::sleep_and_serve(const Deadline& deadline, const Sources& sources) {
     std::array<pollfd, 9> entries; // as many sources as there can be, and the bell
     entries[0] = {.fd = event_.get(), .events = POLLIN, .revents = 0};
     std::array<Deadline, 9> moments;
@@ -69,12 +69,13 @@ bool Doorbell::poll(const Deadline& deadline, const Sources& sources) const {
         left = to_timespec(until.remaining());
     }
     const int ready = ::ppoll(entries.data(), count, until.endless() ? nullptr : &left, nullptr);
+    // Awake before it serves: what it completes is its own wait, and needs no ring.
+    wake(ready > 0 && entries[0].revents != 0);
     for (nfds_t i = 1; i < count; ++i) {
         if ((ready > 0 && entries[i].revents != 0) || moments[i].passed()) {
             sources.all()[i - 1]->serve();
         }
     }
-    return ready > 0 && entries[0].revents != 0;
 }
 
 void Doorbell::wait_in_host(const Deadline& deadline) {
@@ -92,12 +93,12 @@ void Sleeper::sleep(const Deadline& deadline, const Sources& sources) {
         constexpr DWORD slice = 20;
         const bool blind = !sources.all().empty();
         bell_.wait_in_host(blind ? Deadline::earlier(deadline, Deadline::after(slice)) : deadline);
+        bell_.wake(true);
         for (const auto& source : sources.all()) {
             source->serve();
         }
-        bell_.wake(true);
     } else {
-        bell_.wake(bell_.poll(deadline, sources));
+        bell_.sleep_and_serve(deadline, sources);
     }
 }
 

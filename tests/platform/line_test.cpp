@@ -10,6 +10,7 @@
 #include <linux/serial.h>
 
 #include <atomic>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -168,6 +169,28 @@ TEST_F(PlayedLine, TellsOfALineErrorAndDeliversItsByte) {
     EXPECT_EQ(byte, 'x');
     EXPECT_TRUE(ClearCommError(line, &errors, &status));
     EXPECT_EQ(errors, 0U);
+}
+
+TEST_F(PlayedLine, ComesBackWithItsModemLinesAndABreak) {
+    support::PortName name;
+    auto first = std::make_unique<support::Pty>();
+    name.point_to(*first);
+    HANDLE port = CreateFileA(name.path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+    DWORD events = 0, count = 0;
+    EXPECT_TRUE(SetCommMask(port, EV_RXCHAR | EV_ERR));
+    EXPECT_FALSE(WaitCommEvent(port, &events, &overlapped));
+    EXPECT_FALSE(tarnel::take_line_break(port));
+    support::Pty second;
+    name.point_to(second);
+    first.reset();
+    modem_lines = 0;
+    EXPECT_TRUE(GetOverlappedResult(port, &overlapped, &count, TRUE));
+    EXPECT_EQ(events, EV_ERR);
+    EXPECT_EQ(modem_lines, TIOCM_DTR | TIOCM_RTS);
+    EXPECT_TRUE(tarnel::take_line_break(port));
+    EXPECT_FALSE(tarnel::take_line_break(port));
+    EXPECT_TRUE(CloseHandle(port));
 }
 
 TEST_F(PlayedLine, EndsWaitsWhenTheMaskChangesAndReadsWhenTheyAreAborted) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -32,6 +35,22 @@ class Pty {
   private:
     int master_ = -1;
     std::string path_;
+};
+
+/// A name that stands for one port now and for another one later, as a converter's does.
+class PortName {
+  public:
+    PortName()
+        : path(std::filesystem::temp_directory_path() / ("port" + std::to_string(::getpid()))) {}
+
+    ~PortName() { std::filesystem::remove(path); }
+
+    void point_to(const Pty& machine) {
+        std::filesystem::remove(path);
+        std::filesystem::create_symlink(machine.path(), path);
+    }
+
+    const std::filesystem::path path;
 };
 
 } // namespace support
