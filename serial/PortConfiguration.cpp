@@ -33,6 +33,9 @@ CComDeviceConfiguration::CComDeviceConfiguration(const CComDeviceConfiguration& 
 }
 
 CComDeviceConfiguration& CComDeviceConfiguration::operator=(const CComDeviceConfiguration& other) {
+    if (this == &other) {
+        return *this;
+    }
     m_wStopBits = other.m_wStopBits;
     m_wByteSize = other.m_wByteSize;
     m_wParity = other.m_wParity;

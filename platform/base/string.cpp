@@ -22,11 +22,11 @@ void CString::Format(LPCSTR format, ...) {
     va_list arguments;
     va_start(arguments, format);
     for (; *format; ++format) {
-        if (*format != '%' || format[1] == '\0') {
-            text += *format;
-        } else if (*++format == 'd') {
+        const bool inserts = *format == '%' && format[1] != '\0';
+        const char kind = inserts ? *++format : '\0';
+        if (kind == 'd') {
             append(text, va_arg(arguments, int));
-        } else if (*format == 's') {
+        } else if (kind == 's') {
             append(text, va_arg(arguments, LPCSTR));
         } else {
             text += *format;
