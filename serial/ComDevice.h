@@ -72,8 +72,9 @@ class TARNEL_API CComDevice : public CObject {
     static constexpr DWORD read_failed = 0xFFFFFFFF;
     static constexpr DWORD receive_buffer_size = 1024;
 
+    CComDeviceConfiguration m_Configuration; ///< the owner's to change; see SetupConnection()
+
   protected:
-    CComDeviceConfiguration m_Configuration;
     HANDLE m_hPort = INVALID_HANDLE_VALUE;
     std::atomic<int> m_bConnected = 0;
     CWinThread* m_pReaderThread = nullptr;

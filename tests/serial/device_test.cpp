@@ -39,8 +39,6 @@ class Device : public CComDevice {
 
     ~Device() override { CloseConnection(); }
 
-    using CComDevice::m_Configuration;
-
     /// Waits until that many bytes have come in all, at most a minute.
     std::string wait_for(std::size_t count) {
         for (int tries = 0; tries < 60'000 && size() < count; ++tries) {
