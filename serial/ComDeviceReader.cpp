@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A wait that cannot be started (somebody has cleared the mask) is tried again after this.
+/// A wait that failed (somebody has cleared the mask, no descriptor is left) is tried again then.
 constexpr DWORD failed_wait_pause = 10; // milliseconds
 
 } // namespace
@@ -106,6 +106,11 @@ void CComDevice::StopThread() {
             break;
         }
         DispatchWaitingMessages();
+    }
+    // A wait that failed must not leave the thread behind with an object that is gone.
+    DWORD code = 0;
+    while (GetExitCodeThread(thread, &code) && code == STILL_ACTIVE) {
+        Sleep(failed_wait_pause);
     }
     delete m_pReaderThread;
     m_pReaderThread = nullptr;

@@ -1,5 +1,6 @@
 #include "platform/base/diagnostics.h"
 #include "platform/base/last_error.h"
+#include "platform/base/system_error.h"
 #include "platform/comm/line.h"
 #include "platform/comm/port_holder.h"
 #include "platform/comm/port_list.h"
@@ -21,20 +22,6 @@ namespace {
 constexpr DWORD first_pause = 100; // milliseconds between two looks for a lost line
 constexpr DWORD longest_pause = 2'000;
 constexpr DWORD data_set_pause = 10; // there is no event for DSR that does not block
-
-DWORD error_of(int error) {
-    switch (error) {
-    case ENOENT:
-    case ENODEV:
-    case ENXIO:
-    case ENOTDIR:
-        return ERROR_FILE_NOT_FOUND;
-    case ENOTTY:
-        return ERROR_INVALID_PARAMETER;
-    default:
-        return ERROR_ACCESS_DENIED;
-    }
-}
 
 /// Why a port cannot be had, for a person.
 std::string reason(int error, const std::string& path) {
@@ -75,7 +62,7 @@ std::shared_ptr<Line> Line::open(const std::string& name) {
     if (!settings || !tty::apply(descriptor.get(), *settings, !tty::is_pseudo(descriptor.get()))) {
         const std::string shown = *path == name ? name : name + " (" + *path + ")";
         report(shown + ": " + reason(error, *path));
-        SetLastError(error_of(error));
+        SetLastError(error_from_errno(error));
         return nullptr;
     }
     return std::make_shared<Line>(name, *path, std::move(descriptor), *settings);

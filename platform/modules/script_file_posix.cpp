@@ -1,5 +1,6 @@
 #include "platform/base/descriptor.h"
 #include "platform/base/last_error.h"
+#include "platform/base/system_error.h"
 #include "platform/modules/rc_parser.h"
 #include "platform/modules/script_file.h"
 
@@ -14,21 +15,6 @@
 namespace tarnel {
 
 namespace {
-
-DWORD translated(int error) {
-    switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-    case ELOOP:
-    case ENAMETOOLONG:
-        return ERROR_FILE_NOT_FOUND;
-    case EACCES:
-    case EPERM:
-        return ERROR_ACCESS_DENIED;
-    default:
-        return ERROR_NO_SYSTEM_RESOURCES;
-    }
-}
 
 /// Fills `text` as far as the file goes; false on an error.
 bool read_all(int file, std::string& text) {
@@ -56,7 +42,7 @@ ScriptFile read_script_file(const std::string& path) {
         retry_on_signal([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
     struct stat status;
     if (!file || ::fstat(file.get(), &status) < 0) {
-        return {translated(errno), {}};
+        return {error_from_errno(errno), {}};
     }
     if (!S_ISREG(status.st_mode)) {
         return {ERROR_ACCESS_DENIED, {}};
@@ -64,7 +50,7 @@ ScriptFile read_script_file(const std::string& path) {
     const auto size = std::min(static_cast<std::size_t>(status.st_size), longest_script + 1);
     std::string text(size, '\0');
     if (!read_all(file.get(), text)) {
-        return {translated(errno), {}};
+        return {error_from_errno(errno), {}};
     }
     return {ERROR_SUCCESS, std::move(text)};
 }
