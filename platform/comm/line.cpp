@@ -1,5 +1,6 @@
 #include "platform/comm/line.h"
 
+#include "platform/base/diagnostics.h"
 #include "platform/base/last_error.h"
 #include "platform/comm/port_list.h"
 #include "platform/threads/handle_table.h"
@@ -27,6 +28,13 @@ bool makes_sense(const DCB& s) {
     return frame && rate && s.fBinary && s.XonChar != s.XoffChar;
 }
 
+/// For a person, as far as a port can refuse it.
+std::string shown(const DCB& s) {
+    return std::to_string(s.BaudRate) + " bit/s, " + std::to_string(s.ByteSize) +
+           " bits, parity code " + std::to_string(s.Parity) + ", stop-bit code " +
+           std::to_string(s.StopBits);
+}
+
 } // namespace
 
 Line::Line(std::string name, const std::string& path, Descriptor descriptor, const DCB& settings)
@@ -45,8 +53,20 @@ DCB Line::settings() {
 }
 
 DWORD Line::set_settings(const DCB& settings) {
+    if (!makes_sense(settings)) {
+        report(name_ + ": a line cannot be set up as " + shown(settings));
+        return ERROR_INVALID_PARAMETER;
+    }
+    const DWORD error = take_settings(settings);
+    if (error != ERROR_SUCCESS) {
+        report(name_ + ": the port cannot be set up as " + shown(settings));
+    }
+    return error;
+}
+
+DWORD Line::take_settings(const DCB& settings) {
     const std::lock_guard guard(line_lock_);
-    if (!makes_sense(settings) || (!lost_ && !tty::apply(descriptor_.get(), settings, real_))) {
+    if (!lost_ && !tty::apply(descriptor_.get(), settings, real_)) {
         return ERROR_INVALID_PARAMETER;
     }
     settings_ = settings;

@@ -79,6 +79,8 @@ class Line final : public Waitable, public std::enable_shared_from_this<Line> {
 
     bool is_signalled() const override { return false; }
 
+    DWORD take_settings(const DCB& settings);
+
     // All of these under the line's lock.
     DWORD start(Kind kind, OVERLAPPED* overlapped);
     DWORD pending_or_done(Kind kind, const OVERLAPPED& overlapped);

@@ -317,6 +317,7 @@ TEST(Device, SaysWhyAPortCannotBeOpened) {
 }
 
 TEST(Device, RefusesSettingsThatMakeNoSense) {
+    Reports reports;
     Pty machine;
     Device device(machine.path());
     auto& settings = device.m_Configuration;
@@ -339,6 +340,7 @@ TEST(Device, RefusesSettingsThatMakeNoSense) {
     EXPECT_EQ(opens(), 0);
     settings.m_wByteSize = 8;
     EXPECT_EQ(opens(), 1);
+    EXPECT_EQ(reports.count("cannot be set up"), 4U) << "one line for each";
 }
 
 } // namespace
