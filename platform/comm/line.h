@@ -89,7 +89,7 @@ class Line final : public Waitable, public std::enable_shared_from_this<Line> {
     void advance_write();
     void advance_wait();
     void receive();
-    void note_line_errors(bool damaged);
+    void note_line_errors(bool damaged, std::uint64_t place);
     bool may_send() const;
     void lose();
     void look_for_return();

@@ -56,6 +56,15 @@ void LineInput::append(char c) {
     ++received_;
 }
 
+void LineInput::spoil_since(std::uint64_t place) {
+    while (!breaks_.empty() && breaks_.back() >= place) {
+        breaks_.pop_back();
+    }
+    for (; place <= received_; ++place) {
+        breaks_.push_back(place);
+    }
+}
+
 std::size_t LineInput::available() const {
     const std::uint64_t position = received_ - (end_ - begin_);
     const auto next = std::ranges::upper_bound(breaks_, position);

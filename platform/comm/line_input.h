@@ -29,6 +29,13 @@ class LineInput {
     /// A break after all that has been received.
     void add_break() { breaks_.push_back(received_); }
 
+    /// How many bytes have been received so far: the place of the end in the stream.
+    std::uint64_t received() const { return received_; }
+
+    /// Bytes are missing somewhere after `place`, nobody knows where: a break before each byte
+    /// since then, and one after the last.
+    void spoil_since(std::uint64_t place);
+
     /// A mark that is only half there will not be completed.
     void forget_half_mark() { state_ = State::plain; }
 
@@ -54,7 +61,7 @@ class LineInput {
     std::array<char, capacity> bytes_;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
-    std::uint64_t received_ = 0; ///< bytes so far, and so the place of the end in the stream
+    std::uint64_t received_ = 0;
     State state_ = State::plain;
     std::deque<std::uint64_t> breaks_; ///< places, in order; rarely any
 };

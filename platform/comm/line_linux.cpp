@@ -77,16 +77,17 @@ void Line::receive() {
     const auto count = retry_on_signal([&] { return ::read(descriptor_.get(), bytes, room); });
     if (count > 0) {
         remembered_ |= EV_RXCHAR;
+        const std::uint64_t place = input_.received();
         const bool damaged = input_.add(std::span(bytes).first(static_cast<std::size_t>(count)));
         if (damaged || counts_) {
-            note_line_errors(damaged);
+            note_line_errors(damaged, place);
         }
     } else if (count == 0 || errno != EAGAIN) {
         lose();
     }
 }
 
-void Line::note_line_errors(bool damaged) {
+void Line::note_line_errors(bool damaged, std::uint64_t place) {
     DWORD errors = 0;
     if (const auto now = counts_ ? tty::counts(descriptor_.get()) : std::nullopt) {
         errors = (now->parity != counts_->parity ? CE_RXPARITY : 0) |
@@ -96,7 +97,7 @@ void Line::note_line_errors(bool damaged) {
         counts_ = now;
     }
     if (errors & CE_OVERRUN) {
-        input_.add_break(); // bytes are missing shortly before
+        input_.spoil_since(place); // the port does not say where the bytes are missing
     }
     if (damaged && errors == 0) {
         errors = settings_.Parity != 0 ? CE_RXPARITY : CE_FRAME;

@@ -81,6 +81,20 @@ TEST(LineInput, HoldsABufferFullAndKeepsBytesThatNoTtyMarked) {
     EXPECT_EQ(take_all(input), sent);
 }
 
+TEST(LineInput, TrustsNoByteOfABlockWithAnOverrun) {
+    LineInput input(true);
+    input.add(std::string_view("abc"));
+    const auto place = input.received();
+    input.add(std::string_view("d\xFF\0e", 4)); // with a damaged byte of its own
+    input.spoil_since(place);
+    EXPECT_EQ(take_all(input), "abc");
+    for (const char* byte : {"d", "e", ""}) {
+        EXPECT_TRUE(input.take_break());
+        EXPECT_FALSE(input.take_break());
+        EXPECT_EQ(take_all(input), byte);
+    }
+}
+
 /// Plays a port with modem lines and error counters, on a pseudo terminal.
 std::atomic<int> modem_lines;
 std::atomic<int> parity_errors;
