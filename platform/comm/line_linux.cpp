@@ -56,7 +56,7 @@ std::shared_ptr<Line> Line::open(const std::string& name) {
         return nullptr;
     }
     Descriptor descriptor = open_port(*path);
-    const int error = errno;
+    const int error = descriptor ? ENOTTY : errno; // one that cannot be set up is none
     auto settings = descriptor ? tty::settings(descriptor.get()) : std::nullopt;
     // Raw at once: a tty that edits lines would change what arrives, and echo it.
     if (!settings || !tty::apply(descriptor.get(), *settings, !tty::is_pseudo(descriptor.get()))) {
