@@ -34,6 +34,38 @@ struct POINT {
     LONG y;
 };
 
+/// Right and bottom lie just outside.
+struct RECT {
+    LONG left;
+    LONG top;
+    LONG right;
+    LONG bottom;
+
+    friend bool operator==(const RECT&, const RECT&) = default;
+};
+
+/// The lower half of a message's parameter, unsigned.
+template <typename Parameter>
+constexpr WORD LOWORD(Parameter value) {
+    return static_cast<WORD>(static_cast<std::uint64_t>(value) & 0xFFFF);
+}
+
+/// The half above it.
+template <typename Parameter>
+constexpr WORD HIWORD(Parameter value) {
+    return static_cast<WORD>(static_cast<std::uint64_t>(value) >> 16 & 0xFFFF);
+}
+
+/// A parameter of two halves, of which the lower 16 bits count.
+constexpr LPARAM MAKELPARAM(int low, int high) {
+    return static_cast<LPARAM>(static_cast<std::uint32_t>(high) << 16 |
+                               (static_cast<std::uint32_t>(low) & 0xFFFF));
+}
+
+constexpr WPARAM MAKEWPARAM(int low, int high) {
+    return static_cast<WPARAM>(MAKELPARAM(low, high));
+}
+
 static_assert(sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(BOOL) == 4);
 static_assert(sizeof(WPARAM) == 8 && sizeof(LPARAM) == 8 && sizeof(HANDLE) == 8);
-static_assert(sizeof(POINT) == 8);
+static_assert(sizeof(POINT) == 8 && sizeof(RECT) == 16);

@@ -35,8 +35,9 @@ class TARNEL_PLATFORM_API ModuleEntry {
   public:
     using EntryPoint = BOOL (*)(HINSTANCE module, DWORD reason, LPVOID reserved);
 
-    /// `script` holds the module's resources and lives as long as this object. It is parsed at the
-    /// first look-up; a damaged one is then reported under `name` and holds nothing.
+    /// `name` is the module's own; its file is the one that `entry_point` stands in. `script` holds
+    /// the module's resources and lives as long as this object. It is parsed at the first look-up;
+    /// a damaged one is then reported under `name` and holds nothing.
     ModuleEntry(EntryPoint entry_point, std::string_view name, std::string_view script);
     ~ModuleEntry();
 

@@ -8,14 +8,41 @@
 
 namespace tarnel {
 
+namespace {
+
+std::optional<std::string> text_in(const ResourceScript& resources, WORD id) {
+    const auto entry = resources.strings.find(id);
+    const bool there = entry != resources.strings.end() && !entry->second.text.empty();
+    return there ? std::optional(entry->second.text) : std::nullopt;
+}
+
+std::shared_ptr<const DialogTemplate> dialog_in(const ResourceScript& resources, WORD id) {
+    const auto entry = resources.dialogs.find(id);
+    return entry != resources.dialogs.end() ? entry->second.dialog : nullptr;
+}
+
+} // namespace
+
 ModuleTable& ModuleTable::instance() {
     static NeverDestroyed<ModuleTable> table;
     return table.get();
 }
 
-HINSTANCE ModuleTable::add_embedded(std::string_view name, std::string_view script) {
+HINSTANCE ModuleTable::add_embedded(ModulePlace place, std::string_view script) {
     const std::scoped_lock lock(modules_lock_);
-    return add({.name = std::string(name), .unparsed = script, .resources = {}});
+    return add({.name = std::move(place.name),
+                .unparsed = script,
+                .resources = {},
+                .file = std::move(place.file)});
+}
+
+std::optional<ModulePlace> ModuleTable::place_of(HINSTANCE module) {
+    const std::scoped_lock lock(modules_lock_);
+    const auto place = modules_.find(module);
+    if (place == modules_.end() || place->second.references > 0) {
+        return std::nullopt;
+    }
+    return ModulePlace{place->second.name, place->second.file};
 }
 
 void ModuleTable::remove(HINSTANCE module) {
@@ -59,23 +86,37 @@ void ModuleTable::remove_extensions(HINSTANCE module, bool all) {
 }
 
 std::optional<std::string> ModuleTable::find_string(HINSTANCE module, UINT id, Search search) {
+    return find(module, id, search, text_in);
+}
+
+std::shared_ptr<const DialogTemplate> ModuleTable::find_dialog(HINSTANCE module, UINT id,
+                                                               Search search) {
+    return find(module, id, search, dialog_in);
+}
+
+template <typename Found>
+Found ModuleTable::find(HINSTANCE module, UINT id, Search search,
+                        Found (*look)(const ResourceScript& resources, WORD id)) {
     Reports reports;
-    std::optional<std::string> text;
+    Found found{};
+    const auto look_in = [&](HINSTANCE place) {
+        const ResourceScript* const resources = resources_of(place, reports);
+        if (resources && id <= 0xFFFF) {
+            found = look(*resources, static_cast<WORD>(id));
+        }
+    };
     {
         const std::scoped_lock lock(modules_lock_);
-        const std::string* found = text_in(module, id, reports);
+        look_in(module);
         auto library = chain_.rbegin();
         for (; search == Search::WithExtensions && !found && library != chain_.rend(); ++library) {
             if (!(*library)->m_bSystem) {
-                found = text_in((*library)->m_hResource, id, reports);
+                look_in((*library)->m_hResource);
             }
-        }
-        if (found) {
-            text = *found;
         }
     }
     std::for_each(reports.begin(), reports.end(), report);
-    return text;
+    return found;
 }
 
 HINSTANCE ModuleTable::add(Module module) {
@@ -101,7 +142,7 @@ const ResourceScript* ModuleTable::resources_of(HINSTANCE module, Reports& repor
     if (place == modules_.end()) {
         return nullptr;
     }
-    auto& [name, unparsed, resources, references] = place->second;
+    auto& [name, unparsed, resources, references, file] = place->second;
     if (unparsed) {
         auto parsed = parse_resource_script(*std::exchange(unparsed, std::nullopt));
         if (const auto* error = std::get_if<ScriptError>(&parsed)) {
@@ -111,16 +152,6 @@ const ResourceScript* ModuleTable::resources_of(HINSTANCE module, Reports& repor
         }
     }
     return &resources;
-}
-
-const std::string* ModuleTable::text_in(HINSTANCE module, UINT id, Reports& reports) {
-    const ResourceScript* resources = resources_of(module, reports);
-    if (!resources || id > 0xFFFF) {
-        return nullptr;
-    }
-    const auto entry = resources->strings.find(static_cast<WORD>(id));
-    const bool there = entry != resources->strings.end() && !entry->second.text.empty();
-    return there ? &entry->second.text : nullptr;
 }
 
 } // namespace tarnel

@@ -5,6 +5,7 @@
 #include "platform/modules/rc_parser.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -22,6 +23,12 @@ inline HINSTANCE executable_module() {
     return reinterpret_cast<HINSTANCE>(executable_handle);
 }
 
+/// A module's name and the file that it is a part of.
+struct ModulePlace {
+    std::string name;
+    std::filesystem::path file;
+};
+
 enum class Search { ThisModule, WithExtensions };
 
 /// All modules of the process and the chain of extension libraries, behind one lock. The lock is
@@ -32,7 +39,10 @@ class ModuleTable {
     static ModuleTable& instance();
 
     /// A module with an embedded script, which stays valid until the module is removed.
-    HINSTANCE add_embedded(std::string_view name, std::string_view script);
+    HINSTANCE add_embedded(ModulePlace place, std::string_view script);
+
+    /// What is known of a module of add_embedded; nothing of any other.
+    std::optional<ModulePlace> place_of(HINSTANCE module);
 
     void remove(HINSTANCE module);
 
@@ -51,16 +61,21 @@ class ModuleTable {
     /// Deletes the entries of `module`, or all of them.
     void remove_extensions(HINSTANCE module, bool all);
 
-    /// The text of string `id` in `module` and, when asked, in the non-system libraries of the
-    /// chain after it: the first that is there and not empty.
+    // Look-ups go to `module` and, when asked, to the non-system libraries of the chain after it.
+
+    /// The first text of string `id` that is there and not empty.
     std::optional<std::string> find_string(HINSTANCE module, UINT id, Search search);
+
+    /// The first dialog template `id`, null when there is none.
+    std::shared_ptr<const DialogTemplate> find_dialog(HINSTANCE module, UINT id, Search search);
 
   private:
     struct Module {
         std::string name; // of a library, its path
         std::optional<std::string_view> unparsed;
         ResourceScript resources;
-        int references = 0; // 0 for a module with an embedded script
+        int references = 0;              // 0 for a module with an embedded script
+        std::filesystem::path file = {}; // empty for a library
     };
 
     using Reports = std::vector<std::string>;
@@ -68,7 +83,10 @@ class ModuleTable {
     HINSTANCE add(Module module);
     HINSTANCE count_library(const std::string& path);
     const ResourceScript* resources_of(HINSTANCE module, Reports& reports);
-    const std::string* text_in(HINSTANCE module, UINT id, Reports& reports);
+
+    template <typename Found>
+    Found find(HINSTANCE module, UINT id, Search search,
+               Found (*look)(const ResourceScript& resources, WORD id));
 
     std::mutex modules_lock_;
     std::map<HINSTANCE, Module> modules_;

@@ -1,15 +1,13 @@
 #include "platform/modules/rc_lexer.h"
 
+#include "platform/base/letter_case.h"
+
 #include <algorithm>
 #include <charconv>
 
 namespace tarnel {
 
 namespace {
-
-constexpr char upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 
 constexpr bool is_blank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
@@ -21,8 +19,8 @@ constexpr bool is_digit(char c) {
 
 /// Letters beyond ASCII count, so that a stray word of another language is shown whole.
 constexpr bool is_word(char c) {
-    return (upper(c) >= 'A' && upper(c) <= 'Z') || is_digit(c) || c == '_' ||
-           static_cast<unsigned char>(c) >= 0x80;
+    const unsigned char letter = small_letter(c);
+    return (letter >= 'a' && letter <= 'z') || letter >= 0x80 || is_digit(c) || c == '_';
 }
 
 /// The character that `\c` stands for, 0 when it stands for none.
@@ -45,8 +43,7 @@ constexpr char escaped(char c) {
 } // namespace
 
 bool Token::is(std::string_view word) const {
-    return std::equal(spelling.begin(), spelling.end(), word.begin(), word.end(),
-                      [](char left, char right) { return upper(left) == upper(right); });
+    return same_but_for_case(spelling, word);
 }
 
 Token Lexer::next() {

@@ -1,23 +1,16 @@
 #include "platform/modules/rc_parser.h"
 
+#include "platform/modules/rc_dialog.h"
 #include "platform/modules/rc_reader.h"
+#include "platform/modules/rc_statement.h"
 #include "platform/modules/utf8.h"
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace tarnel {
 
 namespace {
-
-std::string place_of(std::string_view script, const char* at) {
-    const std::string_view before = script.substr(0, static_cast<std::size_t>(at - script.data()));
-    const std::size_t line_start = before.rfind('\n') + 1; // 0 in the first line
-    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const auto column = 1 + count_characters(before.substr(line_start));
-    return std::to_string(line) + ':' + std::to_string(column);
-}
 
 void read_directive(ScriptReader& reader, ResourceScript&) {
     const char* const directive = reader.peek().spelling.data();
@@ -34,62 +27,22 @@ void read_directive(ScriptReader& reader, ResourceScript&) {
     reader.expect(")");
 }
 
-void read_language_part(ScriptReader& reader) {
-    const TokenKind kind = reader.peek().kind;
-    if (kind != TokenKind::Word && kind != TokenKind::Number) {
-        reader.fail_expected("a language name or number");
-    }
-    reader.take();
-}
-
-void read_language(ScriptReader& reader, ResourceScript&) {
-    reader.expect("LANGUAGE");
-    read_language_part(reader);
-    reader.expect(",");
-    read_language_part(reader);
-}
-
-/// What may stand between STRINGTABLE and its body says nothing to this layer.
-void skip_table_options(ScriptReader& reader, ResourceScript& script) {
-    constexpr std::array<std::string_view, 9> memory = {"PRELOAD",  "LOADONCALL",  "FIXED",
-                                                        "MOVEABLE", "DISCARDABLE", "PURE",
-                                                        "IMPURE",   "SHARED",      "NONSHARED"};
-    for (;;) {
-        if (reader.peek().is("LANGUAGE")) {
-            read_language(reader, script);
-        } else if (reader.take_if("CHARACTERISTICS") || reader.take_if("VERSION")) {
-            reader.expect_number("a number");
-        } else if (!std::any_of(memory.begin(), memory.end(),
-                                [&](std::string_view word) { return reader.take_if(word); })) {
-            return;
-        }
-    }
+void read_language_statement(ScriptReader& reader, ResourceScript&) {
+    read_language(reader);
 }
 
 void read_string(ScriptReader& reader, ResourceScript& script) {
-    const char* const at = reader.peek().spelling.data();
-    const DWORD id = reader.expect_number("a string identifier or END");
-    if (id > 0xFFFF) {
-        throw ScriptFault{at, "string identifier is out of range (0 to 65535)"};
-    }
+    const std::size_t offset = reader.offset();
+    const WORD id = expect_new_id(reader, script.strings, "string", "a string identifier or END");
     reader.take_if(",");
-    StringEntry entry{reader.expect_text(), static_cast<std::size_t>(at - reader.script().data())};
-    const auto [place, inserted] =
-        script.strings.try_emplace(static_cast<WORD>(id), std::move(entry));
-    if (!inserted) {
-        const char* const first = reader.script().data() + place->second.offset;
-        throw ScriptFault{at, "string " + std::to_string(id) + " stands already in " +
-                                  place_of(reader.script(), first)};
-    }
+    script.strings.emplace(id, StringEntry{reader.expect_text(), offset});
 }
 
 void read_string_table(ScriptReader& reader, ResourceScript& script) {
     reader.expect("STRINGTABLE");
-    skip_table_options(reader, script);
-    if (!reader.take_if("{")) {
-        reader.expect("BEGIN");
-    }
-    while (!reader.take_if("END") && !reader.take_if("}")) {
+    skip_options(reader);
+    expect_begin(reader);
+    while (!take_end(reader)) {
         read_string(reader, script);
     }
 }
@@ -99,8 +52,11 @@ struct Statement {
     void (*read)(ScriptReader&, ResourceScript&);
 };
 
-constexpr std::array<Statement, 3> statements = {
-    {{"#", read_directive}, {"LANGUAGE", read_language}, {"STRINGTABLE", read_string_table}}};
+constexpr std::array<Statement, 5> statements = {{{"#", read_directive},
+                                                  {"LANGUAGE", read_language_statement},
+                                                  {"STRINGTABLE", read_string_table},
+                                                  {"DIALOG", read_dialog},
+                                                  {"DIALOGEX", read_dialog}}};
 
 /// A statement is known by its keyword, which stands first or behind a number; the statement's
 /// own reader finds everything still to be taken.

@@ -2,6 +2,7 @@
 
 #include "platform/modules/rc_lexer.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,11 @@ class ScriptReader {
     [[noreturn]] void fail_expected(std::string_view what) const;
 
     std::string_view script() const { return script_; }
+
+    /// Where the next token begins in the script, in bytes.
+    std::size_t offset() const {
+        return static_cast<std::size_t>(current_.spelling.data() - script_.data());
+    }
 
   private:
     std::string_view script_;
