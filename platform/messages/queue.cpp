@@ -74,8 +74,13 @@ MessageQueue* MessageQueue::make() {
 
 void MessageQueue::thread_ended(void* context) {
     MessageQueue& queue = *static_cast<MessageQueue*>(context);
-    while (queue.windows_) {
-        queue.remove_window(*queue.windows_);
+    while (WindowSlot* left = queue.windows_) {
+        void (*const abandon)(void*) = left->abandon;
+        void* const window_context = left->context;
+        queue.remove_window(*left);
+        if (abandon) {
+            abandon(window_context);
+        }
     }
     {
         const std::lock_guard guard(queue.queue_lock_);

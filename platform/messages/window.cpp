@@ -80,7 +80,8 @@ WindowSlot* MessageQueue::child_of(const WindowSlot& parent) {
     return nullptr;
 }
 
-HWND create_window(WindowProcedure procedure, void* context, HWND parent) {
+HWND create_window(WindowProcedure procedure, void* context, HWND parent,
+                   void (*abandon)(void* context)) {
     const WindowSlot* above = parent ? own_window(parent) : nullptr;
     if (!procedure || (parent && (!above || above->destroying))) {
         SetLastError(parent ? ERROR_INVALID_WINDOW_HANDLE : ERROR_INVALID_PARAMETER);
@@ -99,8 +100,14 @@ HWND create_window(WindowProcedure procedure, void* context, HWND parent) {
     slot->parent = above;
     slot->procedure = procedure;
     slot->context = context;
+    slot->abandon = abandon;
     queue->add_window(*slot, handle);
     return handle;
+}
+
+void* own_window_context(HWND window, WindowProcedure procedure) {
+    const WindowSlot* slot = own_window(window);
+    return slot && slot->procedure == procedure ? slot->context : nullptr;
 }
 
 } // namespace tarnel

@@ -12,9 +12,14 @@ using WindowProcedure = LRESULT (*)(void* context, HWND window, UINT message, WP
 
 /// Makes a window that exists for its messages alone, owned by the calling thread; no message is
 /// sent for it. `parent` must be null or a window of the same thread. Null with the last error
-/// on failure. A window that is left when its thread ends vanishes without a message.
+/// on failure. A window that is left when its thread ends vanishes without a message; `abandon`,
+/// unless null, is then called with the context.
 TARNEL_PLATFORM_API HWND create_window(WindowProcedure procedure, void* context,
-                                       HWND parent = nullptr);
+                                       HWND parent = nullptr,
+                                       void (*abandon)(void* context) = nullptr);
+
+/// The context of a window of the calling thread that was made with `procedure`; null for others.
+void* own_window_context(HWND window, WindowProcedure procedure);
 
 } // namespace tarnel
 

@@ -23,6 +23,7 @@ struct WindowSlot {
     // The owning thread's alone.
     WindowProcedure procedure = nullptr;
     void* context = nullptr;
+    void (*abandon)(void* context) = nullptr;
     bool destroying = false;
     WindowSlot* previous = nullptr; ///< among the thread's windows
     WindowSlot* next = nullptr;

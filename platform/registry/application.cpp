@@ -7,14 +7,14 @@ namespace {
 
 std::atomic<CWinApp*> current_application = nullptr;
 
-std::string executable_name() {
+} // namespace
+
+std::string tarnel::executable_name() {
     std::error_code error;
     return std::filesystem::read_symlink("/proc/self/exe", error).filename().string();
 }
 
-} // namespace
-
-CWinApp::CWinApp() : m_pszProfileName(nullptr), executable_(executable_name()) {
+CWinApp::CWinApp() : m_pszProfileName(nullptr), executable_(tarnel::executable_name()) {
     m_pszProfileName = executable_.c_str();
     current_application = this;
 }

@@ -6,6 +6,8 @@
 
 #include <string>
 
+class CWnd;
+
 /// The application as the framework knows it: one object, usually static, made before anything asks
 /// for it. Its settings lie below HKEY_CURRENT_USER\Software\<registry key>\<profile name>.
 class TARNEL_PLATFORM_API CWinApp {
@@ -27,6 +29,9 @@ class TARNEL_PLATFORM_API CWinApp {
     /// keeps alive.
     LPCSTR m_pszProfileName;
 
+    /// Owns the dialogs that have no other owner; the application's to set and to clear.
+    CWnd* m_pMainWnd = nullptr;
+
   private:
     std::string executable_;
     std::string registry_key_;
@@ -34,3 +39,10 @@ class TARNEL_PLATFORM_API CWinApp {
 
 /// The current application, null when there is none.
 TARNEL_PLATFORM_API CWinApp* AfxGetApp();
+
+namespace tarnel {
+
+/// The executable's name without its folder.
+std::string executable_name();
+
+} // namespace tarnel

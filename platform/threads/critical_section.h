@@ -38,3 +38,23 @@ class CCriticalSection {
 
     CRITICAL_SECTION m_sect;
 };
+
+namespace tarnel {
+
+/// Holds a section while it lives.
+class SectionGuard {
+  public:
+    explicit SectionGuard(CRITICAL_SECTION& section) : section_(section) {
+        EnterCriticalSection(&section_);
+    }
+
+    ~SectionGuard() { LeaveCriticalSection(&section_); }
+
+    SectionGuard(const SectionGuard&) = delete;
+    SectionGuard& operator=(const SectionGuard&) = delete;
+
+  private:
+    CRITICAL_SECTION& section_;
+};
+
+} // namespace tarnel

@@ -1,0 +1,5 @@
+#include "platform/windows/cmd_ui.h"
+
+CCmdUI::~CCmdUI() = default;
+
+void CCmdUI::Enable(BOOL) {}
