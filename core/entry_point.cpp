@@ -15,12 +15,12 @@ void attach(HINSTANCE instance) {
     OutputDebugStringA("TarnelToolboxLib.DLL Initializing!\n");
     AfxInitExtensionModule(extension_module, instance);
     new CDynLinkLibrary(extension_module); // owned by the framework's chain
-    locale_manager.attach(extension_module.hModule);
+    tarnel::locale_manager.attach(extension_module.hModule);
 }
 
 void detach() {
     OutputDebugStringA("TarnelToolboxLib.DLL Terminating!\n");
-    locale_manager.detach();
+    tarnel::locale_manager.detach();
     AfxTermExtensionModule(extension_module, FALSE);
 }
 

@@ -1,6 +1,9 @@
-#include "core/locale_manager.h"
+#include "core/entry_point.h"
+#include "core/resource_manager.h"
 #include "platform/base/string.h"
+#include "platform/companions/locale_manager_base.h"
 #include "platform/modules/module_state.h"
+#include "tests/support/environment.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +12,13 @@
 namespace {
 
 TEST(LoadOrder, TheEntryPointFindsTheLocaleManagerComplete) {
+    support::Environment environment;
+    environment.speak("en");
+    lm_reload_resources();
     // Built after the entry point, it would have lost the module that it was attached to.
-    const HINSTANCE own = locale_manager.get_resource_handle();
+    const HINSTANCE own = tarnel::resource_manager->get_resource_handle();
     ASSERT_NE(own, nullptr);
+    EXPECT_EQ(own, tarnel::library_module());
     EXPECT_NE(own, AfxGetResourceHandle());
 
     CString text;

@@ -1,9 +1,13 @@
 #include "platform/base/diagnostics.h"
+#include "tests/support/environment.h"
 #include "tests/support/process_facts.h"
+#include "tests/support/scripted_presenter.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -26,7 +30,7 @@ class DebugOutput {
     }
 };
 
-TEST(Loading, LeavesNothingBehind) {
+void load_and_unload() {
     const auto before = support::process_facts();
     for (int round = 0; round < 100; ++round) {
         DebugOutput output;
@@ -40,6 +44,71 @@ TEST(Loading, LeavesNothingBehind) {
         ASSERT_TRUE(support::back_to(before));
     }
     EXPECT_TRUE(support::no_leaks());
+}
+
+TEST(Loading, LeavesNothingBehind) {
+    support::Environment environment;
+    environment.speak("en");
+    load_and_unload();
+    environment.speak("de");
+    load_and_unload();
+}
+
+TEST(Loading, LeavesNothingBehindWhenItsDialogsWereUsed) {
+    support::Environment environment;
+    environment.speak("de");
+    const auto before = support::process_facts();
+    for (int round = 0; round < 10; ++round) {
+        support::ScriptedPresenter screen;
+        screen.next_dialog(
+            [](const tarnel::DialogView& dialog) { tarnel::user_closes(dialog.window); });
+        void* module = ::dlopen(TARNEL_DIALOG_MODULE, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(module, nullptr) << ::dlerror();
+        EXPECT_TRUE(reinterpret_cast<bool (*)()>(::dlsym(module, "use_dialogs"))());
+        ASSERT_EQ(::dlclose(module), 0);
+        EXPECT_EQ(screen.dialogs().size(), 2);
+    }
+    // The thread's bell stays, for as long as it has messages.
+    auto after = support::process_facts();
+    EXPECT_EQ(after.library_mappings, before.library_mappings);
+    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_TRUE(support::no_leaks());
+}
+
+/// What is reported while the library in `folder` is loaded and unloaded.
+std::string loading_report(const std::filesystem::path& folder) {
+    std::string report;
+    tarnel::set_report_sink(
+        [](void* lines, std::string_view line) { *static_cast<std::string*>(lines) += line; },
+        &report);
+    const std::string path = folder / "libTarnelToolBoxLib.so";
+    void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    EXPECT_TRUE(library && ::dlclose(library) == 0) << ::dlerror();
+    tarnel::set_report_sink(nullptr, nullptr);
+    return report;
+}
+
+TEST(Loading, FindsItsLanguagesBelowAnyPrefix) {
+    std::string pattern = std::filesystem::temp_directory_path() / "prefix-XXXXXX";
+    const auto prefix = std::filesystem::canonical(::mkdtemp(pattern.data()));
+    // A script that is damaged tells where it lies.
+    const auto script = prefix / "share/TarnelToolBoxLib/de/TarnelToolBoxLib.rc";
+    std::filesystem::create_directories(script.parent_path());
+    std::ofstream(script) << "damaged";
+    support::Environment environment;
+    environment.speak("de");
+    for (const char* name : {"lib", "lib/x86_64-linux-gnu", "lib/x/y", "lib/x/y/z"}) {
+        const auto folder = prefix / name;
+        std::filesystem::create_directories(folder);
+        std::filesystem::copy(TARNEL_LIBRARY, folder / "libTarnelToolBoxLib.so");
+        const bool far = std::string(name) == "lib/x/y/z";
+        EXPECT_EQ(loading_report(folder).starts_with(script.string() + ":1:1:"), !far) << name;
+    }
+    std::filesystem::create_directory_symlink(prefix / "lib/x86_64-linux-gnu", prefix / "link");
+    EXPECT_NE(loading_report(prefix / "link"), "") << "the library lies where the link leads";
+    environment.set("TARNEL_RESOURCE_DIR", prefix / "share");
+    EXPECT_EQ(loading_report(prefix / "lib"), "") << "the folder that is named serves alone";
+    std::filesystem::remove_all(prefix);
 }
 
 } // namespace
