@@ -85,6 +85,12 @@ int CComDevice::SetupConnection() {
     return SetCommState(m_hPort, &settings);
 }
 
+int CComDevice::EditParameters() {
+    m_Configuration.Edit(m_bConnected);
+    SetupConnection();
+    return 1;
+}
+
 int CComDevice::CloseConnection() {
     if (!m_bConnected) {
         return 0;

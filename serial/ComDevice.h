@@ -40,6 +40,10 @@ class TARNEL_API CComDevice : public CObject {
     /// Sets the open port up from the configuration; nonzero on success.
     int SetupConnection();
 
+    /// Opens the settings dialog on the configuration, the port locked while the device is open,
+    /// and sets the open port up from what it left, whichever way it ended. 1.
+    int EditParameters();
+
     /// Ends the reader thread and closes the port: 1, or 0 when it was not open. The calling
     /// thread's messages are dispatched meanwhile. Never waits for the line itself.
     int CloseConnection();

@@ -47,6 +47,10 @@ class TARNEL_API CComDeviceConfiguration : public CObject {
 
     int GetConnectOnLoad() const { return m_bConnectOnLoad; }
 
+    /// Opens the settings dialog on this configuration; with `port_locked` nonzero the port cannot
+    /// be changed.
+    void Edit(int port_locked);
+
     /// The settings in one line: port, rate, data bits, the codes of parity and stop bits, and an X
     /// for each of RTS/CTS, DTR/DSR and XON/XOFF, as in "COM1: 9600,7,2,0 ( X )".
     CString GetInfoString() const;

@@ -2,6 +2,7 @@
 
 #include "core/entry_point.h"
 #include "platform/modules/module_state.h"
+#include "platform/windows/combo_box.h"
 
 #include <span>
 
@@ -71,6 +72,12 @@ int CComConfSection::FindValue(const CString& text) const {
         }
     }
     return -1;
+}
+
+void CComConfSection::FillComboBox(CComboBox& box) const {
+    for (INT_PTR position = 0; position < GetSize(); ++position) {
+        box.AddString(GetAt(position)->m_strText);
+    }
 }
 
 void CComBaudRates::LoadItems() {

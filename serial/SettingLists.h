@@ -6,6 +6,8 @@
 
 // The line settings to choose from, each with the text that a person reads and the registry keeps.
 
+class CComboBox;
+
 /// One selectable setting.
 class TARNEL_API CComCfgItem : public CObject {
   public:
@@ -31,6 +33,9 @@ class TARNEL_API CComConfSection : public CTypedPtrArray<CPtrArray, CComCfgItem*
 
     /// The value of the first item of exactly that text, or -1.
     int FindValue(const CString& text) const;
+
+    /// Appends all texts to `box`.
+    void FillComboBox(CComboBox& box) const;
 };
 
 class TARNEL_API CComBaudRates : public CComConfSection {
