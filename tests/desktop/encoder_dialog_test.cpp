@@ -321,6 +321,7 @@ TEST_F(EncoderDialog, MayBeDestroyedWhileItWaits) {
             arm->set_referencing(0);
             arm->SetInitDone(0, 1); // without a window it counts all the same
             EXPECT_EQ(arm->GetAllDone(), 1);
+            arm.reset();
         }
     }
 }
