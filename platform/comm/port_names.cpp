@@ -1,10 +1,10 @@
 #include "platform/comm/port_names.h"
 
+#include "platform/base/letter_case.h"
 #include "platform/comm/port_map.h"
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <charconv>
 #include <vector>
 
@@ -31,16 +31,6 @@ std::vector<MappedPort> ports_in_environment() {
     return ports;
 }
 
-char upper_case(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-bool is_prefix_in_any_case(std::string_view prefix, std::string_view text) {
-    return text.size() >= prefix.size() &&
-           std::equal(prefix.begin(), prefix.end(), text.begin(),
-                      [](char upper, char c) { return upper == upper_case(c); });
-}
-
 } // namespace
 
 std::optional<unsigned> com_number(std::string_view name) {
@@ -49,7 +39,7 @@ std::optional<unsigned> com_number(std::string_view name) {
     if (name.starts_with(device_prefix)) {
         name.remove_prefix(device_prefix.size());
     }
-    if (!is_prefix_in_any_case(prefix, name)) {
+    if (!same_but_for_case(name.substr(0, prefix.size()), prefix)) {
         return std::nullopt;
     }
     name.remove_prefix(prefix.size());

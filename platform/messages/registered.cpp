@@ -1,8 +1,8 @@
 #include "platform/base/last_error.h"
+#include "platform/base/letter_case.h"
 #include "platform/base/never_destroyed.h"
 #include "platform/messages/message.h"
 
-#include <algorithm>
 #include <map>
 #include <mutex>
 #include <string>
@@ -12,9 +12,15 @@ namespace {
 constexpr UINT first_number = 0xC000;
 constexpr UINT last_number = 0xFFFF;
 
+struct BeforeButForCase {
+    bool operator()(const std::string& left, const std::string& right) const {
+        return tarnel::before_but_for_case(left, right);
+    }
+};
+
 struct Names {
     std::mutex names_lock;
-    std::map<std::string, UINT> numbers;
+    std::map<std::string, UINT, BeforeButForCase> numbers;
 };
 
 Names& names() {
@@ -22,15 +28,10 @@ Names& names() {
     return instance.get();
 }
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 } // namespace
 
 UINT RegisterWindowMessageA(LPCSTR name) {
-    std::string key(name ? name : "");
-    std::ranges::transform(key, key.begin(), lower);
+    const std::string key(name ? name : "");
     Names& registered = names();
     const std::lock_guard guard(registered.names_lock);
     const auto found = registered.numbers.find(key);
