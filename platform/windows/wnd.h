@@ -109,7 +109,6 @@ class TARNEL_PLATFORM_API CWnd : public CObject {
 
     void set_window(HWND window) { __atomic_store_n(&m_hWnd, window, __ATOMIC_RELEASE); }
 
-
     static const AFX_MSGMAP* GetThisMessageMap();
     virtual const AFX_MSGMAP* GetMessageMap() const;
 

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -236,12 +237,14 @@ TEST_F(EncoderDialog, TellsOfEachEncoderOnceAndOfTheLast) {
 TEST_F(EncoderDialog, WaitsWhileTheApplicationReferencesAndTakesMessages) {
     create(2, 1);
     std::unique_ptr<support::Worker> machine;
+    std::atomic<bool> cancelled = false;
     arm->react = [&](const std::string& event) {
+        cancelled = cancelled || event == "cancelled";
         if (event.starts_with("init")) {
             arm->set_referencing(1);
             arm->PostMessage(WM_CLOSE); // dispatched during the wait
             machine = std::make_unique<support::Worker>([&] {
-                while (!arm->GetCancelled()) {
+                while (!cancelled) {
                     Sleep(1);
                 }
                 arm->set_referencing(0);
