@@ -2,7 +2,10 @@
 
 #include "core/export.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
+#include <string_view>
 
 /// A ring of characters, first in, first out, whose storage never grows. `Put` keeps one slot
 /// free, so a ring of 1024 slots takes 1023 characters before it counts as full.
@@ -82,6 +85,15 @@ class TARNEL_API ERCirBuf {
 
     /// The number of characters held.
     int GetNbChar() const { return count_; }
+
+    /// The held characters in place, in order: the second piece is what lies at the start of the
+    /// storage when they go round its end. Valid until the ring is changed.
+    std::array<std::string_view, 2> runs() const {
+        const char* const storage = storage_.get();
+        const auto held = static_cast<std::size_t>(count_);
+        const std::size_t first = std::min(held, static_cast<std::size_t>(capacity_ - read_));
+        return {std::string_view(storage + read_, first), std::string_view(storage, held - first)};
+    }
 
     /// The number of slots.
     int GetTaille() const { return capacity_; }
