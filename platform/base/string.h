@@ -30,6 +30,10 @@ class CString {
     /// for itself. A CString among the arguments is given as GetString().
     TARNEL_PLATFORM_API void Format(LPCSTR format, ...) __attribute__((format(printf, 2, 3)));
 
+    /// Replaces the text by `format` with `insert` for each "%1" or "%1!d!"; "%%" is a percent sign,
+    /// "%n" a line end, and "%0" ends the text. Anything else stays as it is.
+    TARNEL_PLATFORM_API void FormatMessage(LPCSTR format, LONG insert);
+
     /// Replaces the text by string `id` of the first module that has it: the current resource
     /// handle of the calling thread, then the extension libraries, the last loaded first. Nonzero
     /// when found; otherwise 0 and the text stays.

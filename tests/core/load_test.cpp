@@ -15,20 +15,30 @@
 
 namespace {
 
-/// What was written to the diagnostic output while this object lived, piece by piece.
+/// What was written to the diagnostic output while this object lived.
 class DebugOutput {
   public:
     DebugOutput() { tarnel::set_debug_sink(&DebugOutput::add, this); }
 
     ~DebugOutput() { tarnel::set_debug_sink(nullptr, nullptr); }
 
-    std::vector<std::string> pieces;
+    std::string text;
 
   private:
-    static void add(void* self, std::string_view text) {
-        static_cast<DebugOutput*>(self)->pieces.emplace_back(text);
+    static void add(void* self, std::string_view piece) {
+        static_cast<DebugOutput*>(self)->text += piece;
     }
 };
+
+constexpr const char* loading =
+    " Installing Protocol METROLEC Before protocol NULL\n"
+    " Installing Protocol PERCEVAL 1/100 Before protocol METROLEC\n"
+    " Installing Protocol PERCEVAL MICRON Before protocol PERCEVAL 1/100\n"
+    "TarnelToolboxLib.DLL Initializing!\n";
+constexpr const char* unloading = "TarnelToolboxLib.DLL Terminating!\n"
+                                  " Removing Protocol PERCEVAL MICRON\n"
+                                  " Removing Protocol PERCEVAL 1/100\n"
+                                  " Removing Protocol METROLEC\n";
 
 void load_and_unload() {
     const auto before = support::process_facts();
@@ -36,11 +46,10 @@ void load_and_unload() {
         DebugOutput output;
         void* library = ::dlopen(TARNEL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << ::dlerror();
-        EXPECT_EQ(output.pieces, std::vector<std::string>{"TarnelToolboxLib.DLL Initializing!\n"});
+        EXPECT_EQ(output.text, loading);
         EXPECT_NE(support::process_facts(), before);
         ASSERT_EQ(::dlclose(library), 0);
-        EXPECT_EQ(output.pieces, (std::vector<std::string>{"TarnelToolboxLib.DLL Initializing!\n",
-                                                           "TarnelToolboxLib.DLL Terminating!\n"}));
+        EXPECT_EQ(output.text, std::string(loading) + unloading);
         ASSERT_TRUE(support::back_to(before));
     }
     EXPECT_TRUE(support::no_leaks());
