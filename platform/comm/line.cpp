@@ -297,8 +297,8 @@ void Line::purge(DWORD flags) {
     if ((flags & PURGE_RXABORT) && operations_[reading].overlapped) {
         finish(reading, ERROR_OPERATION_ABORTED);
     }
-    if ((flags & PURGE_TXCLEAR) && !lost_) {
-        tty::flush_output(descriptor_.get());
+    if (flags & PURGE_TXCLEAR) {
+        drop_unsent();
     }
     if (flags & PURGE_RXCLEAR) {
         if (!lost_) {
@@ -316,9 +316,17 @@ void Line::handle_closed() {
             finish(kind, ERROR_OPERATION_ABORTED);
         }
     }
-    // Closing waits until all is sent, on a port that sends nothing for 30 seconds: so flush.
-    tty::flush_output(descriptor_.get());
+    // Closing waits until all is sent, on a port that sends nothing for 30 seconds.
+    drop_unsent();
+    tty::release(descriptor_.get());
     descriptor_ = Descriptor();
+}
+
+/// What a pseudo terminal has taken has been sent, though its reader may not have seen it yet.
+void Line::drop_unsent() {
+    if (real_ && !lost_) {
+        tty::flush_output(descriptor_.get());
+    }
 }
 
 } // namespace tarnel

@@ -85,6 +85,7 @@ class Line final : public Waitable, public std::enable_shared_from_this<Line> {
     DWORD start(Kind kind, OVERLAPPED* overlapped);
     DWORD pending_or_done(Kind kind, const OVERLAPPED& overlapped);
     void finish(Kind kind, DWORD error);
+    void drop_unsent();
     void advance_read();
     void advance_write();
     void advance_wait();

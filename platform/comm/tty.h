@@ -30,6 +30,9 @@ int open(const char* path);
 /// Keeps other programs out; false when another one holds it, or it is no tty (errno ENOTTY).
 bool claim(int descriptor);
 
+/// Lets them in again, also where something else holds the device open.
+void release(int descriptor);
+
 /// A pseudo terminal has no frame and no rate, and says nothing when it is asked for one.
 bool is_pseudo(int descriptor);
 

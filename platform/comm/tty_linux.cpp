@@ -73,6 +73,10 @@ bool tty::claim(int descriptor) {
            call(descriptor, TIOCEXCL, nullptr);
 }
 
+void tty::release(int descriptor) {
+    call(descriptor, TIOCNXCL, nullptr);
+}
+
 bool tty::is_pseudo(int descriptor) {
     constexpr unsigned first_major = 136, last_major = 143; // of the slaves, by the kernel's list
 
