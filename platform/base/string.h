@@ -30,7 +30,8 @@ class CString {
     /// for itself. A CString among the arguments is given as GetString().
     TARNEL_PLATFORM_API void Format(LPCSTR format, ...) __attribute__((format(printf, 2, 3)));
 
-    /// Replaces the text by `format` with `insert` for each "%1" or "%1!d!"; "%%" is a percent sign,
+    /// Replaces the text by `format` with `insert` for each "%1" or "%1!d!"; "%%" is a percent
+    /// sign,
     /// "%n" a line end, and "%0" ends the text. Anything else stays as it is.
     TARNEL_PLATFORM_API void FormatMessage(LPCSTR format, LONG insert);
 
