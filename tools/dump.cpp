@@ -1,15 +1,17 @@
 #include "serial/ComDevice.h"
 #include "tools/line_settings.h"
-#include "tools/scripted_machine.h"
+#include "tools/simulated_machine.h"
+#include "tools/stop_signal.h"
+#include "tools/time_stamp.h"
 #include "tools/verbs.h"
+#include "tools/waiting.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 
 #include <atomic>
-#include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <optional>
+#include <thread>
 
 // `tarnel dump` shows the bytes that a port receives, as they come in.
 
@@ -18,11 +20,7 @@ namespace {
 constexpr int exit_not_open = 4;
 
 std::string time_stamp() {
-    using namespace std::chrono;
-    const auto now = time_point_cast<microseconds>(system_clock::now());
-    const auto part = now.time_since_epoch() % seconds(1);
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:06}Z", fmt::gmtime(system_clock::to_time_t(now)),
-                       part.count());
+    return utc_time(read_time_now().utc_us);
 }
 
 /// Printable characters as they are, the others as in C.
@@ -92,36 +90,33 @@ class DumpingDevice final : public CComDevice {
     const bool hex_;
 };
 
-/// Waits for Ctrl+C or that long; nothing: without limit.
-void wait_for_end(const sigset_t& signals, std::optional<double> seconds) {
-    if (!seconds) {
-        int signal = 0;
-        ::sigwait(&signals, &signal);
-        return;
-    }
-    const auto whole = static_cast<time_t>(*seconds);
-    const timespec time{whole, static_cast<long>((*seconds - static_cast<double>(whole)) * 1e9)};
-    ::sigtimedwait(&signals, nullptr, &time);
-}
+/// A simulated machine at work, as long as the object lives.
+class DemoMachine {
+  public:
+    explicit DemoMachine(int stop) : machine_(usual(), stop), thread_([this] { machine_.run(); }) {}
 
-void dump(const Line& line, bool hex, std::optional<double> seconds) {
-    // Before any other thread starts, so that all of them leave Ctrl+C to this one.
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    ::sigaddset(&signals, SIGINT);
-    ::sigaddset(&signals, SIGTERM);
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    DemoMachine(const DemoMachine&) = delete;
+    DemoMachine& operator=(const DemoMachine&) = delete;
 
-    DumpingDevice device(line, hex);
-    if (!device.OpenConnection(1)) {
-        fail(exit_not_open, "The port could not be opened.");
+    ~DemoMachine() {
+        ask_to_stop();
+        thread_.join();
     }
-    fmt::print(stderr, "Listening on {}\n", line.GetInfoString().GetString());
-    wait_for_end(signals, seconds);
-    device.CloseConnection();
-    fmt::print(stderr, "{} bytes, {} places where bytes are missing or damaged\n",
-               device.bytes.load(), device.breaks.load());
-}
+
+    const std::string& port() const { return machine_.port(); }
+
+  private:
+    static Simulation usual() {
+        Simulation simulation;
+        simulation.kind = &machine_kinds().back();
+        simulation.line_end = "\r\n";
+        simulation.rate = 5;
+        return simulation;
+    }
+
+    SimulatedMachine machine_;
+    std::thread thread_;
+};
 
 struct Arguments {
     PortOptions port;
@@ -130,26 +125,37 @@ struct Arguments {
     std::optional<double> seconds;
 };
 
+void dump(const Arguments& arguments) {
+    const StopSignal stop;
+    Line line;
+    std::optional<DemoMachine> machine;
+    if (arguments.demo) {
+        line.SetPortName(machine.emplace(stop.descriptor()).port().c_str());
+    } else {
+        arguments.port.fill(line);
+    }
+    DumpingDevice device(line, arguments.hex);
+    if (!device.OpenConnection(1)) {
+        fail(exit_not_open, "The port could not be opened.");
+    }
+    fmt::print(stderr, "Listening on {}\n", line.GetInfoString().GetString());
+    wait_for_end(stop.descriptor(), arguments.seconds);
+    device.CloseConnection();
+    fmt::print(stderr, "{} bytes, {} places where bytes are missing or damaged\n",
+               device.bytes.load(), device.breaks.load());
+}
+
 } // namespace
 
 void add_dump_verb(CLI::App& tool) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* verb = tool.add_subcommand("dump", "Show the bytes that a port receives");
     arguments->port.add_to(*verb);
-    verb->add_flag("--demo", arguments->demo, "Listen to a scripted machine instead of a port");
+    verb->add_flag("--demo", arguments->demo, "Listen to a simulated machine instead of a port");
     verb->add_flag("--hex", arguments->hex, "In hexadecimal, 16 bytes a row");
     verb->add_option("--for", arguments->seconds, "Seconds until it ends by itself")
         ->check(CLI::Range(0.0, 1e9));
     verb->footer("Time stamps are UTC, when the bytes were read. Ctrl+C ends it.\n"
                  "Exit codes: 0 done, 2 no such line, 3 a setting that cannot be, 4 not opened");
-    verb->callback([arguments] {
-        Line line;
-        std::optional<ScriptedMachine> machine;
-        if (arguments->demo) {
-            line.SetPortName(machine.emplace().port().c_str());
-        } else {
-            arguments->port.fill(line);
-        }
-        dump(line, arguments->hex, arguments->seconds);
-    });
+    verb->callback([arguments] { dump(*arguments); });
 }

@@ -16,7 +16,13 @@ int main(int argc, char** argv) {
     add_dump_verb(tool);
     add_line_verb(tool);
     add_loading_verb(tool);
+    add_monitor_verb(tool);
     add_ports_verb(tool);
+    add_protocols_verb(tool);
+    add_record_verb(tool);
+    add_replay_verb(tool);
+    add_simulate_verb(tool);
+    add_tone_verb(tool);
     add_write_verb(tool);
     try {
         tool.parse(argc, argv);

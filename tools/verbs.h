@@ -13,5 +13,11 @@
 void add_dump_verb(CLI::App& tool);
 void add_line_verb(CLI::App& tool);
 void add_loading_verb(CLI::App& tool);
+void add_monitor_verb(CLI::App& tool);
 void add_ports_verb(CLI::App& tool);
+void add_protocols_verb(CLI::App& tool);
+void add_record_verb(CLI::App& tool);
+void add_replay_verb(CLI::App& tool);
+void add_simulate_verb(CLI::App& tool);
+void add_tone_verb(CLI::App& tool);
 void add_write_verb(CLI::App& tool);

@@ -3,6 +3,7 @@
 #include "platform/comm/port_list.h"
 #include "platform/comm/port_names.h"
 #include "platform/registry/registry.h"
+#include "tests/support/tool.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -290,16 +290,10 @@ TEST_F(System, SeesWhoHoldsADevice) {
     ::close(ready[1]);
 }
 
-/// What the program prints, diagnostics included, and its exit code behind it.
+/// What the tool prints, diagnostics included, and its exit code behind it.
 std::string run(const std::string& arguments) {
-    const std::string command = TARNEL_TOOL " ports " + arguments + " 2>&1";
-    std::FILE* output = ::popen(command.c_str(), "r");
-    std::string text;
-    std::array<char, 256> piece;
-    while (std::fgets(piece.data(), piece.size(), output)) {
-        text += piece.data();
-    }
-    return text + std::to_string(WEXITSTATUS(::pclose(output)));
+    const auto result = support::run_tool("ports " + arguments + " 2>&1");
+    return result.output + std::to_string(result.exit_code);
 }
 
 using Verb = Ports;

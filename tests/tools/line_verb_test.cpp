@@ -1,53 +1,34 @@
 #include "platform/companions/registry_key.h"
 #include "tests/support/temporary_registry.h"
+#include "tests/support/tool.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace {
 
-struct Outcome {
-    int exit_code;
-    std::string output;
-    std::string diagnostics;
-};
+using support::run_tool;
 
-class Tool : public testing::Test {
+class LineVerb : public testing::Test {
   protected:
-    Outcome run(const std::string& arguments) const {
-        const std::string diagnostics = (registry_.folder / "diagnostics").string();
-        const std::string command = TARNEL_TOOL " " + arguments + " 2>" + diagnostics;
-        std::FILE* const output = ::popen(command.c_str(), "r");
-        std::string text;
-        for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) {
-            text += static_cast<char>(c);
-        }
-        const int status = ::pclose(output);
-        std::ifstream file(diagnostics);
-        return {WEXITSTATUS(status), text, std::string(std::istreambuf_iterator(file), {})};
-    }
-
     support::TemporaryRegistry registry_;
 };
 
-TEST_F(Tool, keepsALineUnderItsName) {
-    EXPECT_EQ(run("line show probe").exit_code, 2);
-    EXPECT_EQ(run("line set probe").output, "COM1: 9600,7,2,0 (   )\n");
-    const Outcome changed = run("line set probe port=/dev/ttyUSB0 baud=19200 parity=none stop=1.5 "
-                                "bits=8 dtrdsr=on rtscts=ON xonxoff=on autoconnect=on");
+TEST_F(LineVerb, keepsALineUnderItsName) {
+    EXPECT_EQ(run_tool("line show probe").exit_code, 2);
+    EXPECT_EQ(run_tool("line set probe").output, "COM1: 9600,7,2,0 (   )\n");
+    const auto changed =
+        run_tool("line set probe port=/dev/ttyUSB0 baud=19200 parity=none stop=1.5 "
+                 "bits=8 dtrdsr=on rtscts=ON xonxoff=on autoconnect=on");
     EXPECT_EQ(changed.output, "/dev/ttyUSB0 19200,8,0,1 (XXX)\n") << changed.diagnostics;
-    EXPECT_EQ(run("line set probe baud=14.4K rtscts=off").exit_code, 0);
+    EXPECT_EQ(run_tool("line set probe baud=14.4K rtscts=off").exit_code, 0);
     const std::string csv = "Field,Value,Unit\n"
                             "summary,\"/dev/ttyUSB0 14400,8,0,1 ( XX)\",\n"
                             "port,/dev/ttyUSB0,\nbaud,14.4k,bit/s\nparity,None,\nstop,1.5,bits\n"
                             "bits,8,bits\ndtrdsr,on,\nrtscts,off,\nxonxoff,on,\nautoconnect,on,\n";
-    EXPECT_EQ(run("line show probe --format csv").output, csv);
-    EXPECT_NE(run("line show probe --format json").output.find("{\"field\": \"bits\""),
+    EXPECT_EQ(run_tool("line show probe --format csv").output, csv);
+    EXPECT_NE(run_tool("line show probe --format json").output.find("{\"field\": \"bits\""),
               std::string::npos);
 
     tarnel::close_registry();
@@ -56,8 +37,8 @@ TEST_F(Tool, keepsALineUnderItsName) {
     EXPECT_STREQ(CRegistryKey(key, 1).GetValue("Baud", ""), "14.4k");
 }
 
-TEST_F(Tool, storesNothingOfALineWithAFault) {
-    run("line set probe baud=300");
+TEST_F(LineVerb, storesNothingOfALineWithAFault) {
+    run_tool("line set probe baud=300");
 
     struct {
         const char* setting;
@@ -68,20 +49,27 @@ TEST_F(Tool, storesNothingOfALineWithAFault) {
         {"port=", "COM3:"},           {"speed=9600", "baud"},     {"baud", "FIELD=VALUE"}};
 
     for (const auto& [setting, hint] : faults) {
-        const Outcome refused = run(std::string("line set probe bits=8 ") + setting);
+        const auto refused = run_tool(std::string("line set probe bits=8 ") + setting);
         EXPECT_EQ(refused.exit_code, 3) << setting;
         EXPECT_NE(refused.diagnostics.find(hint), std::string::npos) << refused.diagnostics;
         EXPECT_EQ(refused.output, "");
     }
-    EXPECT_NE(run("line set 'a\\b'").exit_code, 0);
-    EXPECT_NE(run("line set ''").exit_code, 0);
-    EXPECT_EQ(run("line set probe").output, "COM1: 300,7,2,0 (   )\n");
+    EXPECT_NE(run_tool("line set 'a\\b'").exit_code, 0);
+    EXPECT_NE(run_tool("line set ''").exit_code, 0);
+    EXPECT_EQ(run_tool("line set probe").output, "COM1: 300,7,2,0 (   )\n");
 }
 
-TEST_F(Tool, showsTheLibraryComeAndGo) {
-    EXPECT_EQ(run("loading").output, "TarnelToolboxLib.DLL Initializing!\n"
-                                     "TarnelToolboxLib.DLL Terminating!\n"
-                                     "Loaded and unloaded 1 time.\n");
+TEST_F(LineVerb, showsTheLibraryComeAndGo) {
+    EXPECT_EQ(run_tool("loading").output,
+              " Installing Protocol METROLEC Before protocol NULL\n"
+              " Installing Protocol PERCEVAL 1/100 Before protocol METROLEC\n"
+              " Installing Protocol PERCEVAL MICRON Before protocol PERCEVAL 1/100\n"
+              "TarnelToolboxLib.DLL Initializing!\n"
+              "TarnelToolboxLib.DLL Terminating!\n"
+              " Removing Protocol PERCEVAL MICRON\n"
+              " Removing Protocol PERCEVAL 1/100\n"
+              " Removing Protocol METROLEC\n"
+              "Loaded and unloaded 1 time.\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "serial/ComDevice.h"
 #include "tests/support/pty.h"
 #include "tests/support/temporary_registry.h"
+#include "tests/support/tool.h"
 
 #include <gtest/gtest.h>
 
@@ -8,20 +9,9 @@
 
 namespace {
 
-struct Result {
-    int exit_code;
-    std::string output; ///< both channels
-};
-
-Result run(const std::string& arguments) {
-    const std::string command = std::string(TARNEL_TOOL) + ' ' + arguments + " 2>&1";
-    FILE* program = ::popen(command.c_str(), "r");
-    std::string output;
-    char part[4096];
-    while (const std::size_t count = std::fread(part, 1, sizeof part, program)) {
-        output.append(part, count);
-    }
-    return {WEXITSTATUS(::pclose(program)), output};
+/// With both channels in its output.
+support::ToolResult run(const std::string& arguments) {
+    return support::run_tool(arguments + " 2>&1");
 }
 
 class PortVerbs : public testing::Test {
@@ -33,20 +23,20 @@ class PortVerbs : public testing::Test {
 
 TEST_F(PortVerbs, DumpShowsWhatArrives) {
     machine.send(std::string("X+12\rY\\\x07\xFF\n\0", 11));
-    const Result text = run("dump " + port + "--for 0.2");
+    const auto text = run("dump " + port + "--for 0.2");
     EXPECT_EQ(text.exit_code, 0) << text.output;
     EXPECT_NE(text.output.find("  X+12\\r\n"), std::string::npos) << text.output;
     EXPECT_NE(text.output.find("  Y\\x5C\\x07\\xFF\\n\n"), std::string::npos) << text.output;
     EXPECT_NE(text.output.find("\n11 bytes, 0 places"), std::string::npos) << text.output;
 
     machine.send("AB");
-    const Result hex = run("dump --hex " + port + "--baud 19200 --parity none --bits 8 --for 0.2");
+    const auto hex = run("dump --hex " + port + "--baud 19200 --parity none --bits 8 --for 0.2");
     EXPECT_NE(hex.output.find("41 42 "), std::string::npos) << hex.output;
     EXPECT_NE(hex.output.find("19200,8,0,0"), std::string::npos) << hex.output;
 }
 
 TEST_F(PortVerbs, WriteSendsEveryByte) {
-    const Result result = run("write " + port + R"('MEAS 1\r\n\t\\\x00\xff')");
+    const auto result = run("write " + port + R"('MEAS 1\r\n\t\\\x00\xff')");
     EXPECT_EQ(result.exit_code, 0) << result.output;
     EXPECT_EQ(machine.receive(12), std::string("MEAS 1\r\n\t\\\0\xFF", 12));
     EXPECT_EQ(run("write " + port + R"('\q')").exit_code, 3);
@@ -57,7 +47,7 @@ TEST_F(PortVerbs, SayWhoHoldsAPort) {
     CComDevice holder;
     holder.m_Configuration.SetPortName(machine.path().c_str());
     ASSERT_EQ(holder.OpenConnection(0), 1);
-    const Result result = run("dump " + port + "--for 1");
+    const auto result = run("dump " + port + "--for 1");
     EXPECT_EQ(result.exit_code, 4);
     EXPECT_NE(result.output.find("is in use by port-verbs-test (process " +
                                  std::to_string(::getpid()) + ")"),
