@@ -19,7 +19,8 @@ Touch touch_grid(std::uint64_t index, std::mt19937&) {
     constexpr double pitch = 5;
     constexpr double radius = 14;
     constexpr double depth = 6;
-    const int place = static_cast<int>(index % (columns * rows));
+    constexpr std::size_t places = std::size_t{columns} * rows;
+    const int place = static_cast<int>(index % places);
     const int row = place / columns;
     const int column = row % 2 == 0 ? place % columns : columns - 1 - place % columns;
     const double x = column * pitch;

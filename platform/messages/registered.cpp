@@ -31,7 +31,7 @@ Names& names() {
 } // namespace
 
 UINT RegisterWindowMessageA(LPCSTR name) {
-    const std::string key(name ? name : "");
+    std::string key(name ? name : "");
     Names& registered = names();
     const std::lock_guard guard(registered.names_lock);
     const auto found = registered.numbers.find(key);
