@@ -240,9 +240,10 @@ void metrolec() {
     compare(
         "b.parse.metrolec",
         [&] {
+            tarnel::ParseState parse;
             int counter = 0;
             return through_ring(text, [&](ERCirBuf& ring, __PointMMT& point) {
-                return tarnel::extract_metrolec(ring, counter, point);
+                return tarnel::extract_metrolec(ring, parse, counter, point);
             });
         },
         [&] { return flat<FlatMetrolec>(text); });

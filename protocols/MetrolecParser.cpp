@@ -1,7 +1,5 @@
 #include "protocols/MetrolecParser.h"
 
-#include "protocols/ParseState.h"
-
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -137,13 +135,15 @@ End read_directions(Reader& reader, std::array<double, 3>& offsets) {
 
 // Throws away what there is of a record with too long a field. Until its line end comes, the
 // shortest such record stands in for it, so that nothing of its rest is taken for a record.
-void drop_damaged(ERCirBuf& ring, Reader& reader) {
+void drop_damaged(ERCirBuf& ring, Reader& reader, ParseState& parse) {
     char c = 0;
     do {
         c = reader.next();
     } while (!is_line_end(c) && c != ERCirBuf::no_character);
     ring.Consomme(reader.examined());
-    if (!is_line_end(c)) {
+    if (is_line_end(c)) {
+        ++parse.damaged_records;
+    } else {
         // Put back from its end to its start.
         for (const char part : {'+', '+', '+', '+', ' ', '0', ' ', '0', ' ', '0'}) {
             ring.PutBack(part);
@@ -153,7 +153,7 @@ void drop_damaged(ERCirBuf& ring, Reader& reader) {
 
 } // namespace
 
-int extract_metrolec(ERCirBuf& ring, int& point_counter, __PointMMT& point) {
+int extract_metrolec(ERCirBuf& ring, ParseState& parse, int& point_counter, __PointMMT& point) {
     Reader reader(ring);
     std::array<double, 3> place{};
     std::array<double, 3> offsets{};
@@ -165,11 +165,13 @@ int extract_metrolec(ERCirBuf& ring, int& point_counter, __PointMMT& point) {
         return NO_POINT;
     }
     if (end == End::too_long) {
-        drop_damaged(ring, reader);
+        drop_damaged(ring, reader, parse);
         return NO_POINT;
     }
     ring.Consomme(reader.examined());
     if (end == End::line) {
+        const bool is_empty = reader.examined() == 1; // as between a CR and an LF
+        parse.damaged_records += !is_empty;
         return NO_POINT;
     }
     const auto [x, y, z] = place;

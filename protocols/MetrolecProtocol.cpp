@@ -20,5 +20,5 @@ MPOProtocol::~MPOProtocol() {
 }
 
 int MPOProtocol::ExtractPoint(__PointMMT& point) {
-    return tarnel::extract_metrolec(ring(), m_nPointCounter, point);
+    return tarnel::extract_metrolec(ring(), m_Parse, m_nPointCounter, point);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace tarnel {
 
 /// What a parser that takes a record piece by piece keeps between the pieces.
@@ -10,6 +12,7 @@ struct ParseState {
     int point_counter = 0;
     char line[200]{}; ///< the field that is being collected, always with its zero
     int line_length = 0;
+    std::uint64_t damaged_records = 0; ///< that have been dropped
 
     void clear_line() {
         *line = '\0';

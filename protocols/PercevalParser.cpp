@@ -40,6 +40,7 @@ void store(ParseState& parse, int value) {
 
 // Nothing of the record is used, `last` being the last of its characters that has been taken.
 void drop_record(ParseState& parse, char last) {
+    ++parse.damaged_records;
     parse.clear_line();
     parse.value_index = 0;
     parse.state = is_line_end(last) ? waiting : skipping_line;

@@ -3,8 +3,6 @@
 #include "platform/windows/message_box.h"
 #include "serial/SettingsDialog.h"
 
-#include <utility>
-
 IMPLEMENT_DYNAMIC(CMMProtocolRS232, _CMMProtocol)
 
 namespace {
@@ -103,11 +101,6 @@ int CMMProtocolRS232::EditProtocolParameters() {
 }
 
 void CMMProtocolRS232::OnReceiveChar() {
-    TakePoints();
-    TellClient();
-}
-
-void CMMProtocolRS232::TakePoints() {
     for (int taken = 0; taken < points_in_one_go; ++taken) {
         __PointMMT point;
         const int type = ExtractPoint(point);
@@ -125,20 +118,13 @@ void CMMProtocolRS232::Store(const __PointMMT& point, int type) {
     const HWND client = GetClientHandle();
     if (type == TRACK_POINT) {
         m_TrackPoint = point;
-        m_hTellTrack = client;
+        if (client) {
+            PostTrackPoint(client);
+        }
         return;
     }
     m_LastPoint = point;
     if (client && ClaimAnnouncement()) {
-        m_hTellMeasured = client;
-    }
-}
-
-void CMMProtocolRS232::TellClient() {
-    if (const HWND client = std::exchange(m_hTellTrack, nullptr)) {
-        PostTrackPoint(client);
-    }
-    if (const HWND client = std::exchange(m_hTellMeasured, nullptr)) {
         PostMeasuredPoint(client);
     }
 }

@@ -88,6 +88,10 @@ class TARNEL_API CMMProtocolRS232 : public _CMMProtocol {
     /// connection.
     void SetPointObserver(tarnel::PointObserver* observer);
 
+    /// How many records have been dropped because they were damaged, since the object was made:
+    /// by the machine, on the line, or because nobody took them in time. Under `m_Lock`.
+    std::uint64_t GetDamagedRecords() const { return m_Parse.damaged_records; }
+
     CMMTComDev m_Device;
 
   protected:
@@ -98,13 +102,7 @@ class TARNEL_API CMMProtocolRS232 : public _CMMProtocol {
   private:
     friend CMMTComDev;
 
-    void TakePoints();
     void Store(const __PointMMT& point, int type);
-    void TellClient();
 
-    // The windows that are to be told of a point. They are told when the lock is free again, as
-    // they would wait for it at once. The reader thread's.
-    HWND m_hTellMeasured = nullptr;
-    HWND m_hTellTrack = nullptr;
     tarnel::PointObserver* m_pObserver = nullptr; ///< under m_Lock
 };

@@ -1,3 +1,4 @@
+#include "platform/threads/doorbell.h"
 #include "protocols/SerialProtocol.h"
 
 #include <algorithm>
@@ -35,8 +36,8 @@ int CMMTComDev::OnReadCommBlock() {
     const int count = CComDevice::OnReadCommBlock();
     CMMProtocolRS232* const parent = m_pParent;
     if (parent && (broken || count > 0)) {
+        const tarnel::HeldRing client_waits_for_the_lock;
         HandOver({m_pReceiveBuffer.get(), static_cast<std::size_t>(std::max(count, 0))}, broken);
-        parent->TellClient();
     }
     return count;
 }
@@ -88,7 +89,7 @@ void CMMTComDev::Receive(std::span<const char> bytes) {
 void CMMTComDev::TakePoints() {
     CMMProtocolRS232& parent = *m_pParent;
     if (!parent.m_pObserver) {
-        parent.TakePoints();
+        parent.OnReceiveChar();
         return;
     }
     while (TakeSomePoints()) { // an observer has every point as soon as it is complete
@@ -98,7 +99,7 @@ void CMMTComDev::TakePoints() {
 /// Whether that took anything out of the ring.
 bool CMMTComDev::TakeSomePoints() {
     const int before = m_Ring.GetNbChar();
-    m_pParent.load()->TakePoints();
+    m_pParent.load()->OnReceiveChar();
     return m_Ring.GetNbChar() != before;
 }
 
@@ -116,5 +117,6 @@ void CMMTComDev::DropRecord() {
     parent.m_Parse.state = 0;
     parent.m_Parse.value_index = 0;
     parent.resetString();
+    ++parent.m_Parse.damaged_records;
     m_bSkipping = true;
 }

@@ -84,13 +84,13 @@ std::string run(MonitorSession& session, _CMMProtocol& protocol) {
     return "";
 }
 
-void print_summary(const MonitorSession& session, const PointFeed& feed,
-                   const ClientWindow& client) {
+void print_summary(const MonitorSession& session, const CMMProtocolRS232& protocol,
+                   const PointFeed& feed, const ClientWindow& client) {
     const Latencies& latencies = client.latencies();
     fmt::print(stderr,
                "{} points, {} bytes, {} damaged records, {} points announced to the client window, "
                "{:.3f} s\n",
-               session.points(), feed.bytes(), session.breaks(), latencies.total(),
+               session.points(), feed.bytes(), protocol.GetDamagedRecords(), latencies.total(),
                session.seconds());
     if (latencies.total() > 0) {
         fmt::print(stderr,
@@ -126,7 +126,7 @@ void monitor(const Arguments& arguments) {
         arguments.limits);
     const std::string trouble = run(session, *protocol);
     protocol->Disconnect();
-    print_summary(session, feed, client);
+    print_summary(session, *protocol, feed, client);
     plot.write(name);
     if (!trouble.empty()) {
         fail(exit_not_written, fmt::format("Not everything could be written: {}.", trouble));

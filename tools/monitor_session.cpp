@@ -75,7 +75,6 @@ void MonitorSession::write(const ReceivedBlock& block) {
 }
 
 void MonitorSession::write(const StreamBreak& place) {
-    ++breaks_;
     if (to_.recording) {
         to_.recording->add_break(place.time);
     }

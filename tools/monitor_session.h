@@ -38,8 +38,6 @@ class MonitorSession {
 
     std::uint64_t points() const { return points_; }
 
-    std::uint64_t breaks() const { return breaks_; }
-
     double seconds() const;
 
   private:
@@ -60,6 +58,5 @@ class MonitorSession {
     const Clock::time_point start_ = Clock::now();
     std::vector<FeedItem> items_;
     std::uint64_t points_ = 0;
-    std::uint64_t breaks_ = 0;
     bool done_ = false;
 };

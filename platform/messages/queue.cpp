@@ -113,7 +113,7 @@ DWORD MessageQueue::post(HWND window, UINT message, WPARAM wparam, LPARAM lparam
         bell = announce(QS_POSTMESSAGE);
     }
     if (bell) {
-        bell->write_ring();
+        HeldRing::write(std::move(bell));
     }
     return ERROR_SUCCESS;
 }

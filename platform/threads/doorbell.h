@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/descriptor.h"
+#include "platform/base/export.h"
 #include "platform/threads/deadline.h"
 #include "platform/threads/host_wait.h"
 #include "platform/threads/source.h"
@@ -73,6 +74,28 @@ class Doorbell {
     std::atomic<State> state_ = State::awake;
     bool unread_ = false; ///< the descriptor was written to, and not emptied since
     bool hosted_ = false;
+};
+
+/// While it lives, its thread's ring waits to be written, so that who is woken does not run into a
+/// lock that the thread is about to free. It is for one bell at a time; a sleep of the thread lets
+/// it out.
+class TARNEL_PLATFORM_API HeldRing {
+  public:
+    HeldRing();
+    HeldRing(const HeldRing&) = delete;
+    HeldRing& operator=(const HeldRing&) = delete;
+    ~HeldRing();
+
+    /// Writes a ring that was marked, now or when the calling thread holds none back any more.
+    static void write(std::shared_ptr<Doorbell> bell);
+
+    /// Lets the calling thread's ring out.
+    static void let_out();
+
+  private:
+    static thread_local constinit HeldRing* own_ TARNEL_FAST_THREAD_LOCAL;
+
+    std::shared_ptr<Doorbell> bell_;
 };
 
 /// One wait of the bell's own thread. When the application's loop listens to the same bell, a ring

@@ -38,6 +38,31 @@ void Doorbell::write_ring() {
     static_cast<void>(::eventfd_write(event_.get(), 1));
 }
 
+thread_local constinit HeldRing* HeldRing::own_ = nullptr;
+
+HeldRing::HeldRing() {
+    own_ = this;
+}
+
+HeldRing::~HeldRing() {
+    let_out();
+    own_ = nullptr;
+}
+
+void HeldRing::let_out() {
+    if (own_ && own_->bell_) {
+        std::exchange(own_->bell_, nullptr)->write_ring();
+    }
+}
+
+void HeldRing::write(std::shared_ptr<Doorbell> bell) {
+    if (own_ && !own_->bell_) {
+        own_->bell_ = std::move(bell);
+    } else {
+        bell->write_ring();
+    }
+}
+
 void Doorbell::wake(bool readable) {
     const bool rung = state_.exchange(State::awake, std::memory_order_acq_rel) == State::rung;
     unread_ = unread_ || readable || rung;
@@ -86,6 +111,7 @@ void Doorbell::wait_in_host(const Deadline& deadline) {
 }
 
 void Sleeper::sleep(const Deadline& deadline, const Sources& sources) {
+    HeldRing::let_out();
     slept_ = true;
     if (bell_.rest()) {
         bell_.wake(false);

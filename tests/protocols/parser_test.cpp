@@ -239,7 +239,7 @@ TEST(Metrolec, LeavesWhatIsIncompleteInTheRing) {
     machine.receive("100 200 ");
     EXPECT_EQ(machine.ring.GetNbChar(), 8);
     machine.receive("300 +\r\n1 1 1 \r\n");
-    EXPECT_EQ(machine.points.size(), 1u) << "the line feed alone is a damaged record";
+    EXPECT_EQ(machine.points.size(), 1u) << "the line feed alone makes no point";
     EXPECT_EQ(machine.ring.GetNbChar(), 8);
     machine.take_points();
     EXPECT_EQ(machine.points.size(), 2u);
@@ -261,6 +261,21 @@ TEST(Metrolec, DropsAFieldThatIsLongerThanTheRing) {
     machine.receive(" 1 2 3 +\r4 5 6 \r");
     machine.drain();
     expect_same(machine.points, {{1, 0.004, 0.005, 0.006, 0.004, 0.005, 0.006}}, "the rest");
+}
+
+TEST(Parsers, CountTheRecordsThatTheyDrop) {
+    Metrolec metrolec;
+    metrolec.receive("1 2 3 +\r\n\r\nready\r1 2\n" + std::string(100, '7') + " 2 3 \r1 2 3 ++++");
+    metrolec.drain();
+    metrolec.receive("++\r1 2 3 \r");
+    metrolec.drain();
+    EXPECT_EQ(metrolec.points.size(), 2u);
+    EXPECT_EQ(metrolec.parse.damaged_records, 4u);
+
+    Perceval perceval;
+    perceval.receive("+1 +2147483648 +3\r" + std::string(200, '7') + "\r+1 +2 +3 +4 +5 +6\r\n");
+    EXPECT_EQ(perceval.points.size(), 1u);
+    EXPECT_EQ(perceval.parse.damaged_records, 2u);
 }
 
 TEST(Perceval, ReadsRecordsAsTheyAreWritten) {

@@ -44,6 +44,7 @@ class Receiver {
 
     ERCirBuf ring;
     std::vector<__PointMMT> points;
+    tarnel::ParseState parse;
 
   private:
     virtual int extract(__PointMMT& point) = 0;
@@ -51,18 +52,14 @@ class Receiver {
 
 class Metrolec : public Receiver {
     int extract(__PointMMT& point) override {
-        return tarnel::extract_metrolec(ring, counter_, point);
+        return tarnel::extract_metrolec(ring, parse, counter_, point);
     }
 
     int counter_ = 0;
 };
 
 class Perceval : public Receiver {
-    int extract(__PointMMT& point) override {
-        return tarnel::extract_perceval(ring, parse_, point);
-    }
-
-    tarnel::ParseState parse_;
+    int extract(__PointMMT& point) override { return tarnel::extract_perceval(ring, parse, point); }
 };
 
 /// What a machine's receiver makes of a text that comes in blocks. A text that stalls it ends

@@ -53,12 +53,10 @@ TEST_P(SerialProtocol, TellsABusyClientOfTheLastPointAtLeast) {
     station.protocol->Initialize(&client);
     ASSERT_EQ(station.protocol->Connect(), 1);
     int last = -1;
-    int told = 0;
     client.on_point = [&] {
         const tarnel::SectionGuard guard(station.protocol->m_Lock);
         EXPECT_GT(station.protocol->m_LastPoint.number, last);
         last = station.protocol->m_LastPoint.number;
-        ++told;
         station.protocol->AcknowledgeLastPoint();
     };
     std::thread flood([&] {
@@ -69,7 +67,6 @@ TEST_P(SerialProtocol, TellsABusyClientOfTheLastPointAtLeast) {
     const int end = count - (!is_metrolec());
     EXPECT_TRUE(dispatch_until([&] { return client.told(), last == end; }));
     flood.join();
-    EXPECT_GT(told, 1);
 }
 
 TEST_P(SerialProtocol, DropsTheRecordsAroundAPulledCable) {
