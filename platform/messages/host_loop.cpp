@@ -23,6 +23,7 @@ bool run_pending_messages(int* exit_code) {
         return true;
     }
     queue->bell()->wake(true);
+    queue->bell()->serve_watches();
     queue->run_sent();
     bool quit = false;
     MSG message;

@@ -18,6 +18,9 @@ struct Pool {
     std::vector<MessageQueue*> free;
 };
 
+/// A queue that is never empty must not keep the thread from its watches.
+constexpr unsigned looks_between_watches = 32;
+
 Pool& pool() {
     static NeverDestroyed<Pool> instance;
     return instance.get();
@@ -140,6 +143,9 @@ bool MessageQueue::find(const MessageFilter& filter, bool remove, MSG& found) {
 }
 
 bool MessageQueue::look(const MessageFilter& filter, bool remove, MSG& found) {
+    if (++looks_ % looks_between_watches == 0) {
+        bell_->serve_watches();
+    }
     std::unique_lock guard(queue_lock_);
     if (sent_) {
         guard.unlock();

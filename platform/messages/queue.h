@@ -122,7 +122,9 @@ class MessageQueue {
     std::uint64_t last_sequence_ = 0;
     std::optional<int> quit_code_;
 
-    WindowSlot* windows_ = nullptr; ///< the owning thread's alone
+    // The owning thread's alone.
+    WindowSlot* windows_ = nullptr;
+    unsigned looks_ = 0;
 
     static thread_local constinit MessageQueue* own_queue_ TARNEL_FAST_THREAD_LOCAL;
 };

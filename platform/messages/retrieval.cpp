@@ -32,7 +32,13 @@ BOOL PeekMessageA(MSG* message, HWND window, UINT first, UINT last, UINT remove)
     if (owner != own && own) {
         own->run_sent();
     }
-    return owner == own ? own->look(filter, take, *message) : owner->find(filter, take, *message);
+    if (owner != own) {
+        return owner->find(filter, take, *message);
+    }
+    if (own->look(filter, take, *message)) {
+        return TRUE;
+    }
+    return own->bell()->serve_watches() && own->look(filter, take, *message);
 }
 
 BOOL GetMessageA(MSG* message, HWND window, UINT first, UINT last) {

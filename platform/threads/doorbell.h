@@ -5,6 +5,7 @@
 #include "platform/threads/deadline.h"
 #include "platform/threads/host_wait.h"
 #include "platform/threads/source.h"
+#include "platform/threads/watch_set.h"
 
 #include <atomic>
 #include <memory>
@@ -37,16 +38,36 @@ class Doorbell {
 
     void write_ring();
 
-    /// Readable while the bell has been rung and its thread is not awake to see it.
-    int descriptor() const { return event_.get(); }
+    /// Readable while the bell has been rung and its thread is not awake to see it, or there is
+    /// something for its watches.
+    int descriptor() const { return watches_ ? watches_->descriptor() : event_.get(); }
+
+    /// What the thread's message loops look after besides messages; made at the first need. Null,
+    /// with the last error, when no descriptor is left.
+    const std::shared_ptr<WatchSet>& watches() {
+        if (!watches_) {
+            watches_ = WatchSet::make(event_.get());
+        }
+        return watches_;
+    }
+
+    /// False when there are none.
+    bool serve_watches() {
+        if (watches_) {
+            watches_->serve();
+        }
+        return watches_ != nullptr;
+    }
 
     // The application's own loop may listen to the bell as well (see Sleeper): while that loop
     // runs, the thread counts as asleep.
 
     bool is_hosted() const { return hosted_; }
 
+    /// The descriptor does not change any more.
     void host() {
         hosted_ = true;
+        watches();
         rest();
     }
 
@@ -67,10 +88,11 @@ class Doorbell {
 
     explicit Doorbell(Descriptor event) : event_(std::move(event)) {}
 
-    void sleep_and_serve(const Deadline& deadline, const Sources& sources);
+    void sleep_and_serve(const Deadline& deadline, const Sources& sources, bool with_watches);
     void wait_in_host(const Deadline& deadline);
 
     Descriptor event_;
+    std::shared_ptr<WatchSet> watches_; ///< the thread's own
     std::atomic<State> state_ = State::awake;
     bool unread_ = false; ///< the descriptor was written to, and not emptied since
     bool hosted_ = false;

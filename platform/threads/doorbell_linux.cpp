@@ -77,10 +77,11 @@ bool Doorbell::rest() {
     return state_.exchange(State::asleep, std::memory_order_acq_rel) == State::rung;
 }
 
-void Doorbell::sleep_and_serve(const Deadline& deadline, const Sources& sources) {
-    std::array<pollfd, 9> entries; // as many sources as there can be, and the bell
+void Doorbell::sleep_and_serve(const Deadline& deadline, const Sources& sources,
+                               bool with_watches) {
+    std::array<pollfd, 10> entries; // as many sources as there can be, the bell and the watches
     entries[0] = {.fd = event_.get(), .events = POLLIN, .revents = 0};
-    std::array<Deadline, 9> moments;
+    std::array<Deadline, 10> moments;
     nfds_t count = 1;
     Deadline until = deadline;
     for (const auto& source : sources.all()) {
@@ -89,6 +90,10 @@ void Doorbell::sleep_and_serve(const Deadline& deadline, const Sources& sources)
         moments[count++] = watch.deadline;
         until = Deadline::earlier(until, watch.deadline);
     }
+    if (with_watches && watches_) {
+        moments[count] = Deadline::after(INFINITE);
+        entries[count++] = {.fd = watches_->descriptor(), .events = POLLIN, .revents = 0};
+    }
     timespec left{};
     if (!until.endless()) {
         left = to_timespec(until.remaining());
@@ -96,10 +101,16 @@ void Doorbell::sleep_and_serve(const Deadline& deadline, const Sources& sources)
     const int ready = ::ppoll(entries.data(), count, until.endless() ? nullptr : &left, nullptr);
     // Awake before it serves: what it completes is its own wait, and needs no ring.
     wake(ready > 0 && entries[0].revents != 0);
-    for (nfds_t i = 1; i < count; ++i) {
-        if ((ready > 0 && entries[i].revents != 0) || moments[i].passed()) {
+    const auto is_due = [&](nfds_t i) {
+        return (ready > 0 && entries[i].revents != 0) || moments[i].passed();
+    };
+    for (nfds_t i = 1; i <= sources.all().size(); ++i) {
+        if (is_due(i)) {
             sources.all()[i - 1]->serve();
         }
+    }
+    if (count > sources.all().size() + 1 && is_due(count - 1)) {
+        serve_watches();
     }
 }
 
@@ -113,9 +124,10 @@ void Doorbell::wait_in_host(const Deadline& deadline) {
 void Sleeper::sleep(const Deadline& deadline, const Sources& sources) {
     HeldRing::let_out();
     slept_ = true;
+    const bool with_watches = kind_ == Kind::serving_messages;
     if (bell_.rest()) {
         bell_.wake(false);
-    } else if (kind_ == Kind::serving_messages && bell_.host_wait.wait) {
+    } else if (with_watches && bell_.host_wait.wait) {
         constexpr DWORD slice = 20;
         const bool blind = !sources.all().empty();
         bell_.wait_in_host(blind ? Deadline::earlier(deadline, Deadline::after(slice)) : deadline);
@@ -123,8 +135,9 @@ void Sleeper::sleep(const Deadline& deadline, const Sources& sources) {
         for (const auto& source : sources.all()) {
             source->serve();
         }
+        bell_.serve_watches();
     } else {
-        bell_.sleep_and_serve(deadline, sources);
+        bell_.sleep_and_serve(deadline, sources, with_watches);
     }
 }
 
