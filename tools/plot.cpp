@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <vector>
 
 namespace {
 
@@ -17,8 +18,10 @@ constexpr double lowest_view = 40;
 constexpr double caption = 30;
 constexpr double bar_height = 60;
 
-/// More than these get no number each, but every second, third, ... one does.
+/// More than these get no number each, but every second, third, ... one does, where there is room.
 constexpr std::size_t most_numbers = 60;
+constexpr double number_width = 28;
+constexpr double number_height = 10;
 
 constexpr const char* style = R"(<style>
 svg { font-family: sans-serif; font-size: 12px; } .title { font-size: 18px; }
@@ -79,6 +82,7 @@ class Picture {
         draw(R"(<rect class="frame" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}"/>)",
              margin / 2, top_, view_width + margin, height + margin);
         const double middle = top_ + (height + margin) / 2;
+        numbered_.clear();
         for (std::size_t i = 0; i < points_.size(); ++i) {
             point(i, across(points_[i].x),
                   middle - (points_[i].*axis - (up.low + up.high) / 2) * pixels_per_mm_);
@@ -111,10 +115,20 @@ class Picture {
 
     void point(std::size_t index, double x, double y) {
         draw(R"(<circle cx="{:.2f}" cy="{:.2f}" r="3"/>)", x, y);
-        if (index % (points_.size() / most_numbers + 1) == 0) {
+        const auto is_near = [x, y](const Place& other) {
+            return std::abs(x - other.x) < number_width && std::abs(y - other.y) < number_height;
+        };
+        if (index % (points_.size() / most_numbers + 1) == 0 &&
+            std::ranges::none_of(numbered_, is_near)) {
             text(x + 4, y - 4, "number", fmt::to_string(points_[index].number));
+            numbered_.push_back({x, y});
         }
     }
+
+    struct Place {
+        double x;
+        double y;
+    };
 
     void text(double x, double y, const char* kind, const std::string& what) {
         draw(R"(<text class="{}" x="{:.1f}" y="{:.1f}">{}</text>)", kind, x, y, what);
@@ -130,6 +144,7 @@ class Picture {
     const Range x_;
     double pixels_per_mm_ = 1;
     double top_ = margin + 10;
+    std::vector<Place> numbered_; ///< in the view that is being drawn
     std::string drawing_;
 };
 
