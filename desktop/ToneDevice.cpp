@@ -89,7 +89,10 @@ CWaveOutDeviceImpl::CWaveOutDeviceImpl() {
         waveOutPrepareHeader(wave_out, &buffer, sizeof buffer);
     }
     wave_event.ResetEvent(); // it was set by the opening
-    worker = CreateThread(nullptr, 0, &CWaveOutDeviceImpl::work, this, 0, nullptr);
+    if (std::ranges::all_of(buffers,
+                            [](const WAVEHDR& buffer) { return buffer.lpData != nullptr; })) {
+        worker = CreateThread(nullptr, 0, &CWaveOutDeviceImpl::work, this, 0, nullptr);
+    }
 }
 
 CWaveOutDeviceImpl::~CWaveOutDeviceImpl() {

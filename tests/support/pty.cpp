@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -26,11 +27,13 @@ Pty::Pty() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK))
 }
 
 bool Pty::send(std::string_view bytes) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::minutes(1); // somebody takes it by then
     while (!bytes.empty()) {
         const auto sent = ::write(master_, bytes.data(), bytes.size());
         if (sent > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(sent));
-        } else if (errno == EAGAIN) {
+        } else if (errno == EAGAIN && Clock::now() < deadline) {
             pollfd entry{master_, POLLOUT, 0};
             ::poll(&entry, 1, 1'000);
         } else {
