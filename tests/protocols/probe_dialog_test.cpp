@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
 using support::control;
@@ -13,10 +11,6 @@ using tarnel::DialogView;
 
 constexpr UINT edit = 211;
 constexpr UINT arrows = 221;
-
-std::string number(const DialogView& dialog) {
-    return control(dialog, edit).text;
-}
 
 void type(const DialogView& dialog, const char* text) {
     tarnel::user_types(control(dialog, edit).window, text);
@@ -43,18 +37,18 @@ TEST_F(ProbeDialog, TheArrowsStepWithinTheProbes) {
     screen_.next_dialog(
         [](const DialogView& dialog) {
             EXPECT_EQ(dialog.caption, "Probe Selection");
-            EXPECT_EQ(number(dialog), "1");
+            EXPECT_EQ(control(dialog, edit).text, "1");
             EXPECT_EQ(dialog.focus, control(dialog, edit).window);
             tarnel::user_presses(dialog.window, VK_DOWN);
         },
         [](const DialogView& dialog) {
-            EXPECT_EQ(number(dialog), "1");
+            EXPECT_EQ(control(dialog, edit).text, "1");
             type(dialog, "32766");
             tarnel::user_presses(dialog.window, VK_UP);
             tarnel::user_steps(control(dialog, arrows).window, 1);
         },
         [](const DialogView& dialog) {
-            EXPECT_EQ(number(dialog), "32767");
+            EXPECT_EQ(control(dialog, edit).text, "32767");
             tarnel::user_presses(dialog.window, VK_RETURN);
         });
     EXPECT_EQ(answer(), 32767);
@@ -71,15 +65,6 @@ TEST_F(ProbeDialog, WhatIsTypedNeedOnlyBeANumber) {
     EXPECT_EQ(answer(), 4);
     ASSERT_EQ(screen_.asked().size(), 1);
     EXPECT_EQ(screen_.asked()[0].text, "Please enter an integer.");
-}
-
-TEST_F(ProbeDialog, CancelKeepsTheNumber) {
-    screen_.next_dialog([](const DialogView& dialog) {
-        type(dialog, "5");
-        tarnel::user_presses(dialog.window, VK_ESCAPE);
-    });
-    EXPECT_EQ(dialog_.DoModal(), IDCANCEL);
-    EXPECT_EQ(dialog_.m_nProbe, 1);
 }
 
 } // namespace

@@ -1,4 +1,3 @@
-#include "platform/companions/locale_manager_base.h"
 #include "platform/windows/cmd_ui.h"
 #include "platform/windows/control_messages.h"
 #include "platform/windows/message_box.h"
@@ -64,11 +63,11 @@ TEST(Point, IsEqualWithinATolerance) {
             EXPECT_EQ(point != other, 1);
         }
     }
-    __PointMMT scaled(7, 0.5, 1, 1.5, 2, 2.5, 3);
+    __PointMMT scaled(8, 0.5, 1, 1.5, 2, 2.5, 3);
     scaled.Scale(2);
-    EXPECT_EQ(scaled == point, 1);
-    scaled.number = 8;
     EXPECT_EQ(scaled == point, 0);
+    scaled.number = 7;
+    EXPECT_EQ(scaled == point, 1);
 }
 
 TEST(Notification, AnnouncesAPointWhenTheOneBeforeIsAcknowledged) {
@@ -97,7 +96,11 @@ TEST(Notification, AnnouncesAPointWhenTheOneBeforeIsAcknowledged) {
 
     ClientWindow another;
     machine.Initialize(&another); // which has acknowledged nothing
+    while (another.PostMessage(WM_NULL)) {
+    }
     elsewhere([&] { machine.measure(6); });
+    EXPECT_EQ(another.told(), "") << "its queue was full";
+    elsewhere([&] { machine.measure(7); });
     EXPECT_EQ(another.told(), "point 2");
 }
 
@@ -117,18 +120,6 @@ TEST(Notification, KeepsOneTrackingPointPending) {
     EXPECT_EQ(client.told(), "point 2, other 0, other 1, other 2, track 1, other 3");
     EXPECT_EQ(bystander.told(), "track 9");
     EXPECT_EQ(machine.m_bPointAcknowledged, 0);
-}
-
-TEST(Notification, TriesAgainAfterTheQueueWasFull) {
-    ClientWindow client;
-    Machine machine;
-    machine.Initialize(&client);
-    while (client.PostMessage(WM_NULL)) {
-    }
-    elsewhere([&] { machine.measure(1); });
-    EXPECT_EQ(client.told(), "");
-    elsewhere([&] { machine.measure(2); });
-    EXPECT_EQ(client.told(), "point 2");
 }
 
 TEST(Notification, LocksContextMenusBeforeItGoesOn) {
@@ -192,46 +183,28 @@ TEST(Probe, DefaultsLeaveAloneWhatTheyDoNotKnow) {
     EXPECT_FALSE(command.enabled);
 }
 
-class ProbeSelection : public testing::Test {
-  protected:
-    ProbeSelection() { speak("en"); }
-
-    ~ProbeSelection() override { speak("en"); }
-
-    void speak(const char* language) {
-        environment_.speak(language);
-        lm_reload_resources();
-    }
-
-    /// The person is asked for a probe, and chooses 5.
-    void choose_five() {
+TEST(ProbeSelection, TellsWhichProbeToTakeInTheUsersLanguage) {
+    support::ScriptedPresenter screen;
+    support::Environment environment;
+    Machine machine;
+    for (const auto& [language, text] :
+         {std::pair{"de", "Bitte wählen Sie den Taster 5."}, {"en", "Please select probe 5."}}) {
+        environment.speak(language);
         screen.next_dialog([](const DialogView& dialog) {
             EXPECT_EQ(control(dialog, 211).text, "1") << "whatever is selected now";
             tarnel::user_types(control(dialog, 211).window, "5");
             tarnel::user_presses(dialog.window, VK_RETURN);
         });
+        EXPECT_EQ(machine.OpenProbeDialogBox(), 1);
+        ASSERT_FALSE(screen.asked().empty());
+        EXPECT_EQ(screen.asked().back().text, text);
+        EXPECT_EQ(screen.asked().back().type, MB_OK | MB_ICONINFORMATION);
     }
-
-    support::ScriptedPresenter screen;
-    Machine machine;
-
-  private:
-    support::Environment environment_;
-};
-
-TEST_F(ProbeSelection, TellsWhichProbeToTakeInTheUsersLanguage) {
-    choose_five();
-    EXPECT_EQ(machine.OpenProbeDialogBox(), 1);
-    speak("de");
-    choose_five();
-    EXPECT_EQ(machine.OpenProbeDialogBox(), 1);
-    ASSERT_EQ(screen.asked().size(), 2U);
-    EXPECT_EQ(screen.asked()[0].text, "Please select probe 5.");
-    EXPECT_EQ(screen.asked()[0].type, MB_OK | MB_ICONINFORMATION);
-    EXPECT_EQ(screen.asked()[1].text, "Bitte wählen Sie den Taster 5.");
 }
 
-TEST_F(ProbeSelection, ChangesNothingWhenItIsCancelled) {
+TEST(ProbeSelection, ChangesNothingWhenItIsCancelled) {
+    support::ScriptedPresenter screen;
+    Machine machine;
     screen.next_dialog(
         [](const DialogView& dialog) { tarnel::user_presses(dialog.window, VK_ESCAPE); });
     LONG id = 12;

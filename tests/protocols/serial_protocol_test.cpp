@@ -8,7 +8,6 @@
 #include <linux/serial.h>
 #include <sys/ioctl.h>
 
-#include <algorithm>
 #include <thread>
 
 namespace {
@@ -19,30 +18,6 @@ class SerialProtocol : public EveryProtocol {};
 
 INSTANTIATE_TEST_SUITE_P(All, SerialProtocol,
                          testing::Values(metrolec, "PERCEVAL 1/100", "PERCEVAL MICRON"));
-
-TEST_P(SerialProtocol, LosesNoPointOfAFlood) {
-    const int count = 20'000 / slow_build_divisor;
-    for (const char* end : {"\r", "\r\n"}) {
-        Station station(GetParam());
-        ASSERT_EQ(station.protocol->Connect(), 1);
-        std::thread flood([&] {
-            std::string all;
-            for (int i = 0; i < count; ++i) {
-                all += record(GetParam(), i, end);
-            }
-            station.machine.send(all);
-        });
-        EXPECT_TRUE(station.wait([&] { return int(station.seen.points.size()) >= count; }));
-        flood.join();
-        const int first = station.seen.points.front().number;
-        for (int i = 0; i < count; ++i) {
-            const __PointMMT& point = station.seen.points[std::size_t(i)];
-            ASSERT_EQ(point.number, first + i);
-            ASSERT_DOUBLE_EQ(point.x, i * unit_of(GetParam()));
-            ASSERT_DOUBLE_EQ(point.y, -20 * unit_of(GetParam()));
-        }
-    }
-}
 
 /// The client reads and acknowledges under the lock, so that the last point is never lost on it.
 TEST_P(SerialProtocol, TellsABusyClientOfTheLastPointAtLeast) {
@@ -72,12 +47,6 @@ TEST_P(SerialProtocol, TellsABusyClientOfTheLastPointAtLeast) {
 TEST_P(SerialProtocol, DropsTheRecordsAroundAPulledCable) {
     for (const bool in_a_record : {true, false}) {
         const Reports reports;
-        const auto reported = [&](const std::string& what) {
-            const auto lines = reports.lines();
-            return std::ranges::any_of(lines, [&](const std::string& line) {
-                return line.find(what) != std::string::npos;
-            });
-        };
         PortName name;
         auto machine = std::make_unique<Pty>();
         name.point_to(*machine);
@@ -90,7 +59,7 @@ TEST_P(SerialProtocol, DropsTheRecordsAroundAPulledCable) {
         machine.reset();
         Pty again;
         name.point_to(again);
-        EXPECT_TRUE(station.wait([&] { return reported("is back"); }));
+        EXPECT_TRUE(station.wait([&] { return reports.count("is back") == 1; }));
         // A line end that comes first may be a damaged byte.
         again.send((in_a_record ? "-9 " : "\r") + record(GetParam(), 2) + record(GetParam(), 3) +
                    record(GetParam(), 4));

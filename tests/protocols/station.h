@@ -3,7 +3,9 @@
 #include "platform/threads/clock.h"
 #include "protocols/ProtocolRegister.h"
 #include "protocols/SerialProtocol.h"
+#include "tests/support/eventually.h"
 #include "tests/support/pty.h"
+#include "tests/support/slow_build.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +18,6 @@
 // Serial protocols, each on a machine that the test plays.
 
 namespace support {
-
-constexpr int slow_build_divisor =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    10;
-#else
-    1;
-#endif
 
 constexpr const char* metrolec = "METROLEC";
 
@@ -89,16 +84,10 @@ struct Station {
 
     /// Waits until the condition holds under the protocol's lock; false when it does not come.
     bool wait(const std::function<bool()>& condition) const {
-        for (int tries = 0; tries < 20'000; ++tries) {
-            {
-                const tarnel::SectionGuard guard(protocol->m_Lock);
-                if (condition()) {
-                    return true;
-                }
-            }
-            Sleep(1);
-        }
-        return false;
+        return eventually([&] {
+            const tarnel::SectionGuard guard(protocol->m_Lock);
+            return condition();
+        });
     }
 
     /// Sends, and waits until all of it has been seen.

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <deque>
 #include <limits>
 #include <random>
@@ -89,21 +88,18 @@ struct Operation {
 
 template <typename Ring>
 char apply(const Operation& operation, Ring& ring) {
-    switch (operation.kind) {
-    case 0:
-        return ring.RAZ(), '\0';
-    case 1:
-        return ring.Consomme(operation.n), '\0';
-    case 2:
-        return ring.PutBack(operation.c), '\0';
-    case 3:
-        return ring.Put(operation.block.data(), static_cast<int>(operation.block.size())), '\0';
-    case 4:
-    case 5:
-        return ring.Get();
-    default:
-        return ring.Put(operation.c), '\0';
+    if (operation.kind == 0) {
+        ring.RAZ();
+    } else if (operation.kind == 1) {
+        ring.Consomme(operation.n);
+    } else if (operation.kind == 2) {
+        ring.PutBack(operation.c);
+    } else if (operation.kind == 3) {
+        ring.Put(operation.block.data(), static_cast<int>(operation.block.size()));
+    } else if (operation.kind > 5) {
+        ring.Put(operation.c);
     }
+    return operation.kind == 4 || operation.kind == 5 ? ring.Get() : '\0';
 }
 
 std::string contents(const ERCirBuf& ring) {

@@ -1,4 +1,3 @@
-#include "platform/companions/locale_manager_base.h"
 #include "platform/windows/control_messages.h"
 #include "serial/ComDevice.h"
 #include "serial/SettingsDialog.h"
@@ -8,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 
 namespace {
@@ -23,10 +21,10 @@ std::string chosen(const DialogView& dialog, UINT id) {
     return list.selection < 0 ? "" : list.items[static_cast<std::size_t>(list.selection)];
 }
 
-std::map<UINT, std::string> chosen(const DialogView& dialog) {
-    std::map<UINT, std::string> texts;
+std::string chosen(const DialogView& dialog) {
+    std::string texts;
     for (const UINT id : {544U, 545U, 546U, 547U, 548U}) {
-        texts[id] = chosen(dialog, id);
+        texts += chosen(dialog, id) + ';';
     }
     return texts;
 }
@@ -63,17 +61,10 @@ void change_everything(const DialogView& dialog) {
 
 class SettingsDialog : public testing::Test {
   protected:
-    SettingsDialog() { speak("en"); }
+    SettingsDialog() { environment_.speak("en"); }
 
-    ~SettingsDialog() override { speak("en"); }
-
-    void speak(const char* language) {
-        environment_.speak(language);
-        lm_reload_resources();
-    }
-
-    INT_PTR run(int locked = 0, unsigned int id = CComSettingDlg::usual_template) {
-        return CComSettingDlg(configuration, locked, id, nullptr).DoModal();
+    INT_PTR run() {
+        return CComSettingDlg(configuration, 0, CComSettingDlg::usual_template, nullptr).DoModal();
     }
 
     /// All that the dialog edits, and the flags that it does not.
@@ -86,7 +77,6 @@ class SettingsDialog : public testing::Test {
     support::ScriptedPresenter screen;
     CComDeviceConfiguration configuration;
 
-  private:
     support::Environment environment_;
 };
 
@@ -95,9 +85,7 @@ TEST_F(SettingsDialog, ShowsAConfigurationAndStoresWhatIsChosen) {
     const std::string fresh = state();
     screen.next_dialog([](const DialogView& dialog) {
         EXPECT_EQ(dialog.caption, "Serial Port Configuration");
-        EXPECT_EQ(chosen(dialog),
-                  (std::map<UINT, std::string>{
-                      {544, "COM1:"}, {545, "9600"}, {546, "7"}, {547, "Even"}, {548, "1"}}));
+        EXPECT_EQ(chosen(dialog), "COM1:;9600;7;Even;1;");
         EXPECT_EQ(checks(dialog), "    ");
         EXPECT_EQ(control(dialog, 544).items.size(), 10);
         EXPECT_EQ(control(dialog, 545).items.size(), 18);
@@ -126,17 +114,24 @@ TEST_F(SettingsDialog, CancelChangesNothing) {
         EXPECT_EQ(run(), IDCANCEL);
         EXPECT_EQ(state(), before);
     }
+    screen.set_ready(false);
+    EXPECT_EQ(run(), -1);
+    EXPECT_EQ(state(), before);
 }
 
-TEST_F(SettingsDialog, ALockedPortIsShownButCannotBeChosen) {
+TEST_F(SettingsDialog, TheAlternativeTemplateHasAListThatStaysEmptyAndAPortMayBeLocked) {
     configuration.SetPortName(4);
     screen.next_dialog([](const DialogView& dialog) {
+        EXPECT_TRUE(control(dialog, 201).items.empty());
         EXPECT_FALSE(control(dialog, 544).enabled);
         EXPECT_EQ(chosen(dialog, 544), "COM4:");
         choose(dialog, 544, "COM7:");
+        choose(dialog, 545, "38.4k");
         click(dialog, IDOK);
     });
-    EXPECT_EQ(run(1), IDOK);
+    const auto id = CComSettingDlg::alternative_template;
+    EXPECT_EQ(CComSettingDlg(configuration, 1, id, nullptr).DoModal(), IDOK);
+    EXPECT_EQ(configuration.m_dwBaudRate, 38400);
     EXPECT_EQ(configuration.m_strPortName, "COM4:");
 }
 
@@ -146,36 +141,16 @@ TEST_F(SettingsDialog, WhatNoListOffersIsAnEmptyList) {
     configuration.m_wParity = 0xFFFF;
     configuration.m_wByteSize = 9;
     screen.next_dialog([](const DialogView& dialog) {
-        EXPECT_EQ(chosen(dialog), (std::map<UINT, std::string>{
-                                      {544, ""}, {545, ""}, {546, ""}, {547, ""}, {548, "1"}}));
+        EXPECT_EQ(chosen(dialog), ";;;;1;");
         choose(dialog, 546, "8"); // an unlisted size would be stored as 4
         click(dialog, IDOK);
     });
     EXPECT_EQ(run(), IDOK);
     EXPECT_EQ(state(), "/dev/ttyUSB0 -1,8,65535,0 (   ) 0 0");
-
-    screen.next_dialog([](const DialogView& dialog) {
-        choose(dialog, 545, "19.2k");
-        click(dialog, IDOK);
-    });
-    EXPECT_EQ(run(), IDOK);
-    EXPECT_EQ(configuration.m_dwBaudRate, 19200);
-    EXPECT_EQ(configuration.m_strPortName, "/dev/ttyUSB0");
-}
-
-TEST_F(SettingsDialog, TheAlternativeTemplateHasAListThatStaysEmpty) {
-    screen.next_dialog([](const DialogView& dialog) {
-        EXPECT_TRUE(control(dialog, 201).items.empty());
-        EXPECT_EQ(chosen(dialog, 545), "9600");
-        choose(dialog, 545, "38.4k");
-        click(dialog, IDOK);
-    });
-    EXPECT_EQ(run(0, CComSettingDlg::alternative_template), IDOK);
-    EXPECT_EQ(configuration.m_dwBaudRate, 38400);
 }
 
 TEST_F(SettingsDialog, SpeaksTheUsersLanguageButStoresTheListsTexts) {
-    speak("de");
+    environment_.speak("de");
     const HINSTANCE before = AfxGetResourceHandle();
     screen.next_dialog([](const DialogView& dialog) {
         EXPECT_NE(dialog.caption, "Serial Port Configuration");
@@ -186,14 +161,6 @@ TEST_F(SettingsDialog, SpeaksTheUsersLanguageButStoresTheListsTexts) {
     configuration.Edit(0);
     EXPECT_EQ(configuration.m_wParity, 1);
     EXPECT_EQ(AfxGetResourceHandle(), before);
-}
-
-TEST_F(SettingsDialog, WithoutAScreenNothingHappens) {
-    screen.set_ready(false);
-    const std::string before = state();
-    EXPECT_EQ(run(), -1);
-    configuration.Edit(0);
-    EXPECT_EQ(state(), before);
 }
 
 TEST_F(SettingsDialog, AnOpenPortTakesTheNewSettingsAtOnce) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/companions/locale_manager_base.h"
+
 #include <stdlib.h>
 
 #include <map>
@@ -16,6 +18,9 @@ class Environment {
     Environment& operator=(const Environment&) = delete;
 
     ~Environment() {
+        if (spoke_) {
+            speak("en"); // also for the tests behind this one
+        }
         for (const auto& [name, value] : before_) {
             put(name, value);
         }
@@ -28,13 +33,17 @@ class Environment {
         put(name, value);
     }
 
-    /// The environment of someone who wants `language`, whatever the rest of it says.
-    void speak(const std::string& language) {
+    /// The environment of someone who wants `language`, whatever the rest of it says, with
+    /// resource scripts in that folder; the libraries that are there follow.
+    void speak(const std::string& language,
+               const std::optional<std::string>& resource_folder = std::nullopt) {
         set("LC_ALL", std::nullopt);
         set("LC_MESSAGES", std::nullopt);
         set("LANG", "sv_SE.UTF-8");
         set("LANGUAGE", language);
-        set("TARNEL_RESOURCE_DIR", std::nullopt);
+        set("TARNEL_RESOURCE_DIR", resource_folder);
+        lm_reload_resources();
+        spoke_ = true;
     }
 
   private:
@@ -47,6 +56,7 @@ class Environment {
     }
 
     std::map<std::string, std::optional<std::string>> before_;
+    bool spoke_ = false;
 };
 
 } // namespace support

@@ -4,7 +4,6 @@
 #include "platform/threads/event.h"
 #include "platform/threads/wait.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -2,6 +2,7 @@
 
 #include "platform/base/diagnostics.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -18,6 +19,13 @@ class Reports {
 
     Reports(const Reports&) = delete;
     Reports& operator=(const Reports&) = delete;
+
+    /// How many of the lines so far contain `part`.
+    std::size_t count(std::string_view part) const {
+        const std::lock_guard guard(lock_);
+        return static_cast<std::size_t>(std::ranges::count_if(
+            lines_, [part](const auto& line) { return line.find(part) != std::string::npos; }));
+    }
 
     /// The lines so far, without their ends.
     std::vector<std::string> lines() const {

@@ -22,35 +22,28 @@ using tarnel::MessageBoxView;
 namespace support {
 namespace {
 
-/// Work that is done when the calling thread next runs its messages, if `window` still exists then.
-class Errand {
-  public:
-    static void post(HWND window, std::function<void()> work) {
-        auto* errand = new Errand{window, std::move(work)};
-        const HWND own = tarnel::create_window(&Errand::receive, errand, nullptr, &Errand::abandon);
-        ASSERT_TRUE(PostMessageA(own, WM_USER, 0, 0));
-    }
+/// Does `work` when the calling thread next runs its messages, if `window` still exists then.
+void do_soon(HWND window, std::function<void()> work) {
+    struct Errand {
+        HWND window;
+        std::function<void()> work;
+    };
 
-  private:
-    Errand(HWND window, std::function<void()> work) : window_(window), work_(std::move(work)) {}
-
-    static LRESULT receive(void* context, HWND own, UINT message, WPARAM, LPARAM) {
+    const auto receive = [](void* context, HWND own, UINT message, WPARAM, LPARAM) -> LRESULT {
         if (message == WM_USER) {
             // Gone before the work begins, which may run loops of its own.
             const std::unique_ptr<Errand> errand(static_cast<Errand*>(context));
             DestroyWindow(own);
-            if (IsWindow(errand->window_)) {
-                errand->work_();
+            if (IsWindow(errand->window)) {
+                errand->work();
             }
         }
         return 0;
-    }
-
-    static void abandon(void* context) { delete static_cast<Errand*>(context); }
-
-    HWND window_;
-    std::function<void()> work_;
-};
+    };
+    const HWND own = tarnel::create_window(receive, new Errand{window, std::move(work)}, nullptr,
+                                           [](void* left) { delete static_cast<Errand*>(left); });
+    ASSERT_TRUE(PostMessageA(own, WM_USER, 0, 0));
+}
 
 template <typename Script>
 std::optional<Script> take_first(std::deque<Script>& scripts) {
@@ -65,14 +58,8 @@ std::optional<Script> take_first(std::deque<Script>& scripts) {
 void merge(DialogView& shown, const DialogView& changed) {
     std::vector<ControlView> controls = std::move(shown.controls);
     for (const ControlView& part : changed.controls) {
-        const auto old =
-            std::find_if(controls.begin(), controls.end(),
-                         [&part](const ControlView& known) { return known.window == part.window; });
-        if (old != controls.end()) {
-            *old = part;
-        } else {
-            controls.push_back(part);
-        }
+        std::erase_if(controls, [&](const ControlView& old) { return old.window == part.window; });
+        controls.push_back(part);
     }
     shown = changed;
     shown.controls = std::move(controls);
@@ -123,7 +110,7 @@ class ScriptedPresenter::Screen final : public tarnel::Presenter,
             on_screen.insert(box.window);
             answer = take_first(answers);
         }
-        Errand::post(box.window, [box, answer] {
+        do_soon(box.window, [box, answer] {
             answer ? (*answer)(box) : tarnel::user_answers(box.window, IDOK);
         });
         return true;
@@ -157,7 +144,7 @@ class ScriptedPresenter::Screen final : public tarnel::Presenter,
         if (next == steps.size()) {
             return;
         }
-        Errand::post(dialog, [self = shared_from_this(), dialog, steps = std::move(steps), next] {
+        do_soon(dialog, [self = shared_from_this(), dialog, steps = std::move(steps), next] {
             steps[next](self->view_of(dialog));
             self->run(dialog, steps, next + 1);
         });

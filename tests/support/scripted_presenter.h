@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace support {
@@ -15,15 +14,6 @@ namespace support {
 /// them down, whichever thread they come on. A script runs on the thread of its dialog, inside the
 /// dialog's own message loop. What a script is left for when the object dies has not come: a
 /// failure.
-///
-///     support::ScriptedPresenter screen;
-///     screen.next_dialog([](const DialogView& dialog) { user_clicks(control(dialog, 1001).window);
-///     },
-///                        [](const DialogView& dialog) { // what the click has changed is shown now
-///                            EXPECT_EQ(control(dialog, 1002).text, "ready");
-///                            user_clicks(control(dialog, IDOK).window);
-///                        });
-///     EXPECT_EQ(SomeDialog().DoModal(), IDOK);
 class ScriptedPresenter {
   public:
     using Step = std::function<void(const tarnel::DialogView& shown)>;

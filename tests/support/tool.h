@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/types.h>
 
 #include <string>
@@ -54,6 +55,13 @@ struct ToolResult {
     std::string output;
     std::string diagnostics;
 };
+
+/// Whether `text` contains `part`; shows it otherwise.
+inline testing::AssertionResult has(const std::string& text, const std::string& part) {
+    return (text.find(part) != std::string::npos ? testing::AssertionSuccess()
+                                                 : testing::AssertionFailure())
+           << text;
+}
 
 /// Runs the tool to its end.
 ToolResult run_tool(const std::string& arguments);

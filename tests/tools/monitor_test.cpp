@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -61,32 +62,23 @@ class Monitor : public testing::Test {
     support::Pty machine;
 };
 
-/// What stands on each line behind `before`, up to a comma or brace; without quotation marks.
-std::vector<std::vector<std::string>> values(const std::string& text, const std::string& before) {
+/// The fields of each line, without what a format puts around them.
+std::vector<std::vector<std::string>> rows_of(const std::string& text, const std::regex& around) {
     std::vector<std::vector<std::string>> rows;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        std::erase(line, '"');
+        std::istringstream fields(std::regex_replace(line, around, ""));
         rows.emplace_back();
-        line = before == "," ? before + line : line;
-        for (auto at = line.find(before); at != line.npos; at = line.find(before, at)) {
-            at += before.size();
-            rows.back().push_back(line.substr(at, line.find_first_of(",}", at) - at));
+        for (std::string field; std::getline(fields, field, ',');) {
+            rows.back().push_back(field);
         }
     }
     return rows;
 }
 
-/// With a zero for each digit.
-std::string shape(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
-    return text;
-}
-
 TEST_F(Monitor, WritesExactNumbersForPrograms) {
-    auto csv = values(points("--format csv"), ",");
-    const auto json = values(points("--format json"), ": ");
+    auto csv = rows_of(points("--format csv"), std::regex(""));
+    const auto json = rows_of(points("--format json"), std::regex("\"\\w+\": |[{}\" ]"));
     ASSERT_EQ(csv.size(), 4U);
     ASSERT_EQ(json.size(), 3U);
     EXPECT_EQ(csv[0], (std::vector<std::string>{"number", "x", "y", "z", "x2", "y2", "z2", "time",
@@ -95,6 +87,7 @@ TEST_F(Monitor, WritesExactNumbersForPrograms) {
     const int counts[3][6] = {{1, -20, 300, -4000, 50000, -600000},
                               {12345, -7, 0, 12345, -7, 1000},
                               {3, -2, 1, -1, 2, -3}};
+    const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{6}Z");
     for (std::size_t i = 0; i < 3; ++i) {
         ASSERT_EQ(csv[i].size(), 9U);
         ASSERT_EQ(json[i].size(), 9U);
@@ -105,10 +98,8 @@ TEST_F(Monitor, WritesExactNumbersForPrograms) {
             std::from_chars(text.data(), text.data() + text.size(), mm);
             EXPECT_EQ(mm, counts[i][k] / 1000.0) << text;
         }
-        const std::string time = "0000-00-00T00:00:00.000000Z";
-        EXPECT_EQ(shape(csv[i][7]), time);
         EXPECT_TRUE(std::equal(csv[i].begin(), csv[i].begin() + 7, json[i].begin()));
-        EXPECT_EQ(shape(json[i][7]), time);
+        EXPECT_TRUE(std::regex_match(csv[i][7], time) && std::regex_match(json[i][7], time));
     }
 }
 
@@ -125,9 +116,8 @@ TEST_F(Monitor, ShowsAPersonATableAndSumsUpOnCtrlC) {
     tool.signal(SIGINT);
     EXPECT_EQ(tool.wait(), 0);
     const std::string summary = std::to_string(all.size()) + " bytes, 0 damaged";
-    EXPECT_NE(tool.diagnostics().find("3 points, " + summary), std::string::npos)
-        << tool.diagnostics();
-    EXPECT_NE(tool.diagnostics().find("has number 2\n"), std::string::npos) << tool.diagnostics();
+    EXPECT_TRUE(support::has(tool.diagnostics(), "3 points, " + summary));
+    EXPECT_TRUE(support::has(tool.diagnostics(), "has number 2\n"));
 }
 
 TEST_F(Monitor, ShowsALineThatIsLostAndBackAtItsPlace) {
@@ -152,8 +142,7 @@ TEST_F(Monitor, ShowsALineThatIsLostAndBackAtItsPlace) {
     EXPECT_NE(dropped, std::string::npos) << table;
     EXPECT_LT(table.find("\n     1 "), table.find("the line is lost"));
     EXPECT_EQ(count(table, "\n"), 6U) << table;
-    EXPECT_NE(tool.diagnostics().find("2 points, 42 bytes, 1 damaged"), std::string::npos)
-        << tool.diagnostics();
+    EXPECT_TRUE(support::has(tool.diagnostics(), "2 points, 42 bytes, 1 damaged"));
 }
 
 TEST_F(Monitor, KeepsWhatAFileHolds) {
@@ -207,12 +196,11 @@ TEST_F(Monitor, RecordsAndDraws) {
     const path recording = folder / "part.rec";
     const path plot = folder / "part.svg";
     points("--record " + recording.string() + " --plot " + plot.string());
-    EXPECT_NE(content(recording).find("\nprotocol: PERCEVAL MICRON\n"), std::string::npos);
+    EXPECT_TRUE(support::has(content(recording), "\nprotocol: PERCEVAL MICRON\n"));
     EXPECT_NE(content(recording).find(records), std::string::npos) << "in one block";
     EXPECT_EQ(count(content(plot), "<circle "), 2 * 3U);
-    for (const char* number : {">0</text>", ">1</text>", ">2</text>"}) {
-        EXPECT_EQ(count(content(plot), number), 2U) << number;
-    }
+    EXPECT_EQ(count(content(plot), ">1</text>"), 2U);
+    EXPECT_EQ(count(content(plot), ">2</text>"), 1U) << "a number only where there is room";
 
     EXPECT_EQ(support::run_tool(arguments("--for 0 --plot " + plot.string())).exit_code, 0);
     const std::string empty = content(plot);
@@ -224,9 +212,7 @@ TEST_F(Monitor, RefusesWhatMakesNoSense) {
     const std::string port = "--port " + machine.path();
     const auto unknown = support::run_tool("monitor LASER " + port);
     EXPECT_EQ(unknown.exit_code, 5);
-    EXPECT_NE(unknown.diagnostics.find("PERCEVAL MICRON, PERCEVAL 1/100, METROLEC"),
-              std::string::npos)
-        << unknown.diagnostics;
+    EXPECT_TRUE(support::has(unknown.diagnostics, "PERCEVAL MICRON, PERCEVAL 1/100, METROLEC"));
     EXPECT_EQ(support::run_tool("monitor METROLEC").exit_code, 3);
     EXPECT_EQ(support::run_tool("monitor METROLEC --line nobody").exit_code, 2);
     EXPECT_EQ(support::run_tool("monitor METROLEC --baud 19201 " + port).exit_code, 3);
@@ -236,8 +222,7 @@ TEST_F(Monitor, RefusesWhatMakesNoSense) {
     ASSERT_TRUE(holder.says("Monitoring"));
     const auto held = support::run_tool("monitor METROLEC " + port);
     EXPECT_EQ(held.exit_code, 4);
-    EXPECT_NE(held.diagnostics.find("is in use by tarnel (process "), std::string::npos)
-        << held.diagnostics;
+    EXPECT_TRUE(support::has(held.diagnostics, "is in use by tarnel (process "));
 
     EXPECT_EQ(support::run_tool("protocols --format csv").output,
               "Name,Class\nPERCEVAL MICRON,PercevalMicronProtocol\n"

@@ -1,16 +1,15 @@
 #include "tests/desktop/tone_definition.h"
 #include "tests/support/sound_card/sound_card.h"
+#include "tests/support/tool.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 int run_tone(const std::string& arguments) {
-    return WEXITSTATUS(std::system((TARNEL_TOOL " tone " + arguments + " 2>/dev/null").c_str()));
+    return support::run_tool("tone " + arguments).exit_code;
 }
 
 TEST(ToneVerb, playsToTheEndOrSaysWhyNot) {

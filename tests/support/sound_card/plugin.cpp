@@ -96,47 +96,26 @@ Card& card_of(snd_pcm_ioplug_t* io) {
     return *static_cast<Card*>(io->private_data);
 }
 
-int start(snd_pcm_ioplug_t* io) {
-    return card_of(io).start();
-}
-
-int stop(snd_pcm_ioplug_t* io) {
-    return card_of(io).stop();
-}
-
-int prepare(snd_pcm_ioplug_t* io) {
-    return card_of(io).gone();
-}
-
-snd_pcm_sframes_t pointer(snd_pcm_ioplug_t* io) {
-    return card_of(io).pointer();
-}
-
-snd_pcm_sframes_t transfer(snd_pcm_ioplug_t* io, const snd_pcm_channel_area_t* areas,
-                           snd_pcm_uframes_t offset, snd_pcm_uframes_t size) {
-    card_of(io).take(static_cast<const char*>(areas->addr) + areas->first / 8 + offset, size);
-    return static_cast<snd_pcm_sframes_t>(size);
-}
-
-int delay(snd_pcm_ioplug_t* io, snd_pcm_sframes_t* frames) {
-    *frames = card_of(io).delay();
-    return card_of(io).gone();
-}
-
-int close(snd_pcm_ioplug_t* io) {
-    delete &card_of(io);
-    return 0;
-}
-
 snd_pcm_ioplug_callback_t callbacks() {
+    using Io = snd_pcm_ioplug_t;
     snd_pcm_ioplug_callback_t all{};
-    all.start = start;
-    all.stop = stop;
-    all.prepare = prepare;
-    all.pointer = pointer;
-    all.transfer = transfer;
-    all.delay = delay;
-    all.close = close;
+    all.start = [](Io* io) { return card_of(io).start(); };
+    all.stop = [](Io* io) { return card_of(io).stop(); };
+    all.prepare = [](Io* io) { return card_of(io).gone(); };
+    all.pointer = [](Io* io) { return card_of(io).pointer(); };
+    all.transfer = [](Io* io, const snd_pcm_channel_area_t* areas, snd_pcm_uframes_t offset,
+                      snd_pcm_uframes_t size) {
+        card_of(io).take(static_cast<const char*>(areas->addr) + areas->first / 8 + offset, size);
+        return static_cast<snd_pcm_sframes_t>(size);
+    };
+    all.delay = [](Io* io, snd_pcm_sframes_t* frames) {
+        *frames = card_of(io).delay();
+        return card_of(io).gone();
+    };
+    all.close = [](Io* io) {
+        delete &card_of(io);
+        return 0;
+    };
     return all;
 }
 

@@ -9,8 +9,6 @@
 namespace support {
 namespace {
 
-constexpr unsigned tone_rate = 22050;
-
 std::filesystem::path make_folder() {
     std::string pattern = std::filesystem::temp_directory_path() / "sound-XXXXXX";
     return ::mkdtemp(pattern.data());
@@ -22,8 +20,7 @@ SoundCard::SoundCard(unsigned rate) : folder_(make_folder()) {
     const std::filesystem::path settings = folder_ / "asound.conf";
     std::ofstream file(settings);
     file << "pcm_type.tarnel_test.lib \"" TARNEL_SOUND_CARD "\"\n"
-         << "pcm.card { type tarnel_test rate " << rate << " folder " << folder_ << " }\n"
-         << (rate == tone_rate ? "pcm.default card" : "pcm.default { type plug slave.pcm card }");
+         << "pcm.default { type tarnel_test rate " << rate << " folder " << folder_ << " }\n";
     file.close();
     environment_.set("ALSA_CONFIG_PATH", settings.string());
 }

@@ -13,7 +13,7 @@ namespace support {
 /// test starts: it plays in real time, into a file.
 class SoundCard {
   public:
-    /// Plays at `rate`; another one than that of tones has them converted on the way.
+    /// Plays at `rate`, which is that of tones.
     explicit SoundCard(unsigned rate = 22050);
     SoundCard(const SoundCard&) = delete;
     SoundCard& operator=(const SoundCard&) = delete;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/files/file.h"
+#include "platform/sockets/socket.h"
+
+/// A connection as a file, for archives: a read is one receive and gives what that gave, 0 after
+/// the peer's close; a write sends everything. Errors become CFileException with the socket error.
+/// There is no position. The socket belongs to the caller, outlives the file and is not closed by
+/// it.
+class TARNEL_PLATFORM_API CSocketFile final : public CFile {
+    DECLARE_DYNAMIC(CSocketFile)
+
+    explicit CSocketFile(CSocket* socket);
+    ~CSocketFile() override;
+
+    UINT Read(void* buffer, UINT count) override;
+    void Write(const void* buffer, UINT count) override;
+
+    /// Throws CNotSupportedException.
+    std::int64_t Seek(std::int64_t offset, UINT from) override;
+
+  protected:
+    bool gives_what_has_come() const override { return true; }
+
+  private:
+    CSocket* const socket_;
+};
