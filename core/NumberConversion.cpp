@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -102,6 +104,24 @@ int write(Output output, const char* format, char type, va_list arguments) {
     }
 }
 
+// "005" of 5 or -5: at least three digits.
+void put_exponent(Output& output, int exponent) {
+    const int size = std::abs(exponent);
+    output.put(exponent < 0 ? "e-" : "e+");
+    output.put(std::string_view("00").substr(0, size < 10 ? 2 : size < 100));
+    output.put(size);
+}
+
+// `figures` with a point behind `whole` of them, or before them and a zero.
+void put_fixed(Output& output, std::string_view figures, std::size_t whole) {
+    output.put(whole ? figures.substr(0, whole) : "0");
+    for (std::size_t i = figures.size(); i < whole; ++i) {
+        output.put("0");
+    }
+    output.put(".");
+    output.put(figures.substr(std::min(whole, figures.size())));
+}
+
 } // namespace
 
 double locale_independent::atof(const char* text) {
@@ -143,4 +163,34 @@ int locale_independent::wsprintfA(char* buffer, const char* format, ...) {
     const int written = write<int>(Output(buffer, longest), format, 'd', arguments);
     va_end(arguments);
     return written;
+}
+
+char* locale_independent::_gcvt(double value, int digits, char* buffer) {
+    char text[32];
+    const auto format = std::chars_format::scientific;
+    const auto end = std::to_chars(text, std::end(text), value, format, digits - 1).ptr;
+    std::string_view number(text, static_cast<std::size_t>(end - text));
+    Output output(buffer, std::numeric_limits<std::size_t>::max());
+    if (!std::isfinite(value)) {
+        output.put(number);
+        output.close();
+        return buffer;
+    }
+    if (number.front() == '-') {
+        output.put("-");
+        number.remove_prefix(1);
+    }
+    const int exponent = written_exponent(number);
+    std::string figures(number.substr(0, number.find('e')));
+    if (digits > 1) {
+        figures.erase(1, 1); // the point
+    }
+    figures.resize(std::max<std::size_t>(figures.find_last_not_of('0') + 1, 1));
+    const bool fixed = exponent >= -1 && exponent < digits;
+    put_fixed(output, figures, fixed ? static_cast<std::size_t>(exponent + 1) : 1);
+    if (!fixed) {
+        put_exponent(output, exponent);
+    }
+    output.close();
+    return buffer;
 }

@@ -20,4 +20,10 @@ int sprintf(char* buffer, const char* format, ...) __attribute__((format(printf,
 /// included; what does not fit is cut off.
 int wsprintfA(char* buffer, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+/// Writes `value` to `buffer`, which is the caller's, with that many significant digits, 1 to 17,
+/// less the zeros at the end of the fraction; the point stays: "1.5", "100.", "1.e-005". Fixed
+/// notation for 0.1 and above up to that many digits before the point, else an exponent. A number
+/// takes up to 25 characters with its closing zero. Returns `buffer`.
+char* _gcvt(double value, int digits, char* buffer);
+
 } // namespace locale_independent

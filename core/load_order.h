@@ -14,6 +14,7 @@ enum LoadPlace {
     load_protocol_message,
     load_track_point_message,
     load_enable_modeless_message,
+    load_parameter_names,
     load_entry_point,
 };
 

@@ -1,4 +1,6 @@
 #include "platform/registry/application.h"
+#include "serial/SettingsDialog.h"
+#include "tools/dialog_session.h"
 #include "tools/line_settings.h"
 #include "tools/table.h"
 #include "tools/verbs.h"
@@ -63,6 +65,29 @@ void set(const std::string& name, const std::vector<std::string>& settings) {
     fmt::print("{}\n", line.GetInfoString().GetString());
 }
 
+struct EditArguments {
+    bool locked = false;
+    bool alternative = false;
+    std::string picture;
+};
+
+void edit(const std::string& name, const EditArguments& arguments) {
+    const DialogSession session(arguments.picture);
+    Line line;
+    load_line(line, name);
+    const INT_PTR result =
+        CComSettingDlg(line, arguments.locked,
+                       arguments.alternative ? CComSettingDlg::alternative_template
+                                             : CComSettingDlg::usual_template,
+                       nullptr)
+            .DoModal();
+    if (result != IDOK) {
+        session.end_without_answer(static_cast<int>(result));
+    }
+    store(line, name);
+    fmt::print("{}\n", line.GetInfoString().GetString());
+}
+
 std::string name_fault(const std::string& name) {
     return name.empty() || name.find('\\') != name.npos
                ? "a name has at least one character, and no backslash"
@@ -93,4 +118,12 @@ void add_line_verb(CLI::App& tool) {
                        "FIELD=VALUE, as port=COM3: baud=19.2k parity=Even stop=1 bits=7 dtrdsr=on "
                        "rtscts=off xonxoff=off autoconnect=on");
     to_set->callback([name, settings] { set(*name, *settings); });
+    auto editing = std::make_shared<EditArguments>();
+    CLI::App* to_edit = add_subverb(
+        *line, "edit", "Change a line's settings, or make a new line, in a dialog", *name);
+    to_edit->add_flag("--locked", editing->locked, "The port cannot be changed");
+    to_edit->add_flag("--alternative", editing->alternative, "The dialog's other layout");
+    DialogSession::add_picture_option(*to_edit, editing->picture);
+    to_edit->footer(fmt::format("{}, {}", exit_codes, dialog_exit_codes));
+    to_edit->callback([name, editing] { edit(*name, *editing); });
 }

@@ -4,6 +4,7 @@
 #include "tools/protocol_choice.h"
 #include "tools/stop_signal.h"
 #include "tools/table.h"
+#include "tools/time_stamp.h"
 #include "tools/verbs.h"
 
 #include <fmt/format.h>
@@ -25,6 +26,7 @@ struct Arguments {
     MonitorSession::Limits limits;
     std::string recording;
     std::string plot;
+    UINT serve = 0; ///< a port; 0 for none
     bool tone = false;
 };
 
@@ -61,12 +63,9 @@ class Connection {
 
 std::unique_ptr<RecordingWriter> begin_recording(const std::string& path,
                                                  const RecordingHeader& header) {
-    using namespace std::chrono;
-    const tarnel::ReadTime now = {
-        duration_cast<microseconds>(system_clock::now().time_since_epoch()).count(),
-        duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count()};
     try {
-        return path.empty() ? nullptr : std::make_unique<RecordingWriter>(path, header, now);
+        return path.empty() ? nullptr
+                            : std::make_unique<RecordingWriter>(path, header, read_time_now());
     } catch (const std::system_error& error) {
         fail_to_open(path, error.code().value());
     }
@@ -118,12 +117,13 @@ void monitor(const Arguments& arguments) {
     DataOutput output(arguments.output, arguments.append);
     const auto recording = begin_recording(arguments.recording, {name, port});
     PlotFile plot(arguments.plot);
+    const auto server = arguments.serve ? std::make_unique<PointServer>(arguments.serve) : nullptr;
     fmt::print(stderr, "Monitoring {} at {}; Ctrl+C ends it\n", name, port);
 
-    MonitorSession session(
-        feed,
-        {point_format(arguments.format), output, recording.get(), plot.points(), stop.descriptor()},
-        arguments.limits);
+    MonitorSession session(feed,
+                           {point_format(arguments.format), output, recording.get(), plot.points(),
+                            server.get(), stop.descriptor()},
+                           arguments.limits);
     const std::string trouble = run(session, *protocol);
     protocol->Disconnect();
     print_summary(session, *protocol, feed, client);
@@ -151,12 +151,16 @@ void add_monitor_verb(CLI::App& tool) {
         ->check(CLI::Range(0.0, 1e9));
     verb->add_option("--record", arguments->recording, "A new file for all bytes that come");
     verb->add_option("--plot", arguments->plot, "A file (SVG) for a picture of the points");
+    verb->add_option("--serve", arguments->serve,
+                     "A TCP port: each point goes to the client there, as one line of JSON")
+        ->check(CLI::Range(1, 65535));
     verb->add_flag("--tone", arguments->tone, "A tone for each point");
     verb->footer("Each point comes with the time when the block was read that completed it, in "
                  "UTC. Ctrl+C ends it.\n"
                  "Exit codes: 0 done, 2 no such line, 3 a setting that cannot be, 4 not opened, 5 "
                  "no such protocol, 6 a file exists, 7 a file could not be written, 8 the settings "
-                 "could not be handed over\n"
+                 "could not be handed over, 9 the "
+                 "port to serve cannot be had\n"
                  "Example: tarnel monitor METROLEC --port COM3: --format csv --output part.csv");
     verb->callback([arguments] { monitor(*arguments); });
 }

@@ -64,6 +64,9 @@ void MonitorSession::write(const MeasuredPoint& measured) {
     if (done_) {
         return;
     }
+    if (to_.server) {
+        to_.server->send(point_format("json").line(measured.point, measured.time));
+    }
     if (to_.points) {
         to_.points->push_back(measured.point);
     }

@@ -4,6 +4,7 @@
 #include "tools/data_output.h"
 #include "tools/point_feed.h"
 #include "tools/point_format.h"
+#include "tools/point_server.h"
 #include "tools/recording.h"
 
 #include <chrono>
@@ -19,6 +20,7 @@ class MonitorSession {
         DataOutput& output;
         RecordingWriter* recording;      ///< null for none
         std::vector<__PointMMT>* points; ///< all that were written; null for none
+        PointServer* server;             ///< null for none
         int stop;                        ///< readable when it is to end
     };
 

@@ -82,6 +82,21 @@ void Table::print(const std::string& format) const {
     }
 }
 
+void Table::print_rows(const std::string& format) const {
+    if (format == "json") {
+        print_json();
+        return;
+    }
+    for (const Row& row : rows_) {
+        std::string line;
+        for (const std::string& cell : row) {
+            line += line.empty() ? "" : format == "csv" ? "," : "  ";
+            line += format == "csv" ? csv_cell(cell) : harmless(cell);
+        }
+        print_line(line);
+    }
+}
+
 void Table::print_aligned() const {
     std::vector<std::size_t> widths(headings_.size());
     const auto widen = [&](const Row& row) {
@@ -103,15 +118,10 @@ void Table::print_aligned() const {
 }
 
 void Table::print_csv() const {
-    const auto print_row = [](const Row& row) {
-        std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += (i ? "," : "") + csv_cell(row[i]);
-        }
-        print_line(line);
-    };
-    print_row(headings_);
-    std::for_each(rows_.begin(), rows_.end(), print_row);
+    Table headings(headings_);
+    headings.add(headings_);
+    headings.print_rows("csv");
+    print_rows("csv");
 }
 
 void Table::print_json() const {

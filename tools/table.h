@@ -19,6 +19,9 @@ class Table {
     /// Prints to standard output: "table" aligned for a person, "csv", or "json", an object a line.
     void print(const std::string& format) const;
 
+    /// The same for rows that come one by one: without headings, nothing aligned.
+    void print_rows(const std::string& format) const;
+
   private:
     void print_aligned() const;
     void print_csv() const;

@@ -14,15 +14,24 @@ int main(int argc, char** argv) {
     tool.set_version_flag("--version", TARNEL_VERSION);
     tool.require_subcommand(1);
     add_dump_verb(tool);
+    add_encoders_verb(tool);
+    add_hotkeys_verb(tool);
+    add_keys_verb(tool);
     add_line_verb(tool);
+    add_listen_verb(tool);
     add_loading_verb(tool);
     add_monitor_verb(tool);
+    add_names_verb(tool);
     add_ports_verb(tool);
+    add_probe_verb(tool);
     add_protocols_verb(tool);
     add_record_verb(tool);
     add_replay_verb(tool);
+    add_send_verb(tool);
     add_simulate_verb(tool);
     add_tone_verb(tool);
+    add_wait_file_verb(tool);
+    add_window_verb(tool);
     add_write_verb(tool);
     try {
         tool.parse(argc, argv);

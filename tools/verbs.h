@@ -11,13 +11,22 @@
 [[noreturn]] void fail(int exit_code, const std::string& why);
 
 void add_dump_verb(CLI::App& tool);
+void add_encoders_verb(CLI::App& tool);
+void add_hotkeys_verb(CLI::App& tool);
+void add_keys_verb(CLI::App& tool);
 void add_line_verb(CLI::App& tool);
+void add_listen_verb(CLI::App& tool);
 void add_loading_verb(CLI::App& tool);
 void add_monitor_verb(CLI::App& tool);
+void add_names_verb(CLI::App& tool);
 void add_ports_verb(CLI::App& tool);
+void add_probe_verb(CLI::App& tool);
 void add_protocols_verb(CLI::App& tool);
 void add_record_verb(CLI::App& tool);
 void add_replay_verb(CLI::App& tool);
+void add_send_verb(CLI::App& tool);
 void add_simulate_verb(CLI::App& tool);
 void add_tone_verb(CLI::App& tool);
+void add_wait_file_verb(CLI::App& tool);
+void add_window_verb(CLI::App& tool);
 void add_write_verb(CLI::App& tool);

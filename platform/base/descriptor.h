@@ -23,6 +23,9 @@ class Descriptor {
 
     int get() const { return descriptor_; }
 
+    /// Gives the descriptor away.
+    int release() { return std::exchange(descriptor_, -1); }
+
     explicit operator bool() const { return descriptor_ >= 0; }
 
   private:

@@ -25,6 +25,11 @@ class CString {
 
     BOOL IsEmpty() const { return text_.empty(); }
 
+    CString& operator+=(const CString& other) {
+        text_ += other.text_;
+        return *this;
+    }
+
     /// Replaces the text by `format` with an int for each "%d" and a text for each "%s", whatever
     /// the locale; "%%" is a percent sign. Other conversions are not known: their character stands
     /// for itself. A CString among the arguments is given as GetString().
@@ -49,6 +54,10 @@ class CString {
 
     friend bool operator==(const CString& left, LPCSTR right) {
         return std::strcmp(left.GetString(), right ? right : "") == 0;
+    }
+
+    friend bool operator<(const CString& left, const CString& right) {
+        return std::strcmp(left.GetString(), right.GetString()) < 0;
     }
 
   private:

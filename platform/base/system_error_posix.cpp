@@ -21,6 +21,8 @@ DWORD error_from_errno(int error) {
     case EBUSY:
     case EWOULDBLOCK:
         return ERROR_ACCESS_DENIED;
+    case ETXTBSY:
+        return ERROR_SHARING_VIOLATION;
     case EINVAL:
     case ENOTTY:
         return ERROR_INVALID_PARAMETER;

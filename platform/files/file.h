@@ -4,6 +4,11 @@
 
 class CFileException;
 
+/// What is known of a file without opening it.
+struct CFileStatus {
+    std::int64_t m_size; ///< in bytes
+};
+
 /// A file of bytes: one on disk, or what a derived class puts in its place. Used by one thread at
 /// a time.
 class TARNEL_PLATFORM_API CFile : public CObject {
@@ -13,6 +18,7 @@ class TARNEL_PLATFORM_API CFile : public CObject {
         modeRead = 0,
         modeWrite = 1,
         modeReadWrite = 2,
+        shareDenyWrite = 0x20, ///< with modeRead only
         shareDenyNone = 0x40,
         modeCreate = 0x1000,     ///< makes the file, or empties the one that is there
         modeNoTruncate = 0x2000, ///< with modeCreate: the one that is there keeps its contents
@@ -26,9 +32,14 @@ class TARNEL_PLATFORM_API CFile : public CObject {
     /// Closes the file without telling of errors.
     ~CFile() override;
 
-    /// Opens the file `name`, denying others nothing; the object must have no file. FALSE, with the
-    /// reason in `error` unless that is null, when it cannot be opened so; never throws.
+    /// Opens the file `name`; the object must have no file. With shareDenyWrite that fails while
+    /// anybody on the machine has it open for writing, and until it is closed this process does not
+    /// open it for writing (other processes may). Without, others are denied nothing. FALSE, with
+    /// the reason in `error` unless that is null, when it cannot be opened so; never throws.
     virtual BOOL Open(LPCSTR name, UINT flags, CFileException* error = nullptr);
+
+    /// Of a folder, too. FALSE when nothing has that name.
+    static BOOL GetStatus(LPCSTR name, CFileStatus& status);
 
     // What fails from here on throws CFileException.
 

@@ -3,8 +3,10 @@
 #include "platform/base/system_error.h"
 #include "platform/files/file.h"
 #include "platform/files/file_exceptions.h"
+#include "platform/files/file_sharing.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 IMPLEMENT_DYNAMIC(CFile, CObject)
@@ -26,6 +28,8 @@ int cause_of(int error) {
     case EROFS:
     case EISDIR:
         return CFileException::accessDenied;
+    case ETXTBSY:
+        return CFileException::sharingViolation;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
@@ -51,9 +55,33 @@ Result checked(Result result) {
 
 int open_flags(UINT flags) {
     constexpr int access[] = {O_RDONLY, O_WRONLY, O_RDWR};
-    const bool create = (flags & CFile::modeCreate) != 0;
-    const bool empty = create && !(flags & CFile::modeNoTruncate);
-    return access[flags & 3] | (create ? O_CREAT : 0) | (empty ? O_TRUNC : 0) | O_CLOEXEC;
+    return access[flags & 3] | (flags & CFile::modeCreate ? O_CREAT : 0) | O_CLOEXEC;
+}
+
+bool is_known(UINT flags) {
+    const UINT share = flags & share_mask;
+    return share == CFile::shareDenyWrite
+               ? (flags & 3) == CFile::modeRead && !(flags & CFile::modeCreate)
+               : (flags & 3) != 3 && (share == 0 || share == CFile::shareDenyNone);
+}
+
+/// The file, open as it is to be and entered as such; none with errno.
+tarnel::Descriptor open_file(LPCSTR name, UINT flags) {
+    tarnel::Descriptor file(
+        tarnel::retry_on_signal([&] { return ::open(name, open_flags(flags), 0666); }));
+    const bool empties = (flags & CFile::modeCreate) && !(flags & CFile::modeNoTruncate);
+    const bool writes = empties || (flags & 3) != CFile::modeRead;
+    const bool denies = (flags & share_mask) == CFile::shareDenyWrite;
+    if (file && !tarnel::enter_sharing(file.get(), writes, denies)) {
+        errno = ETXTBSY;
+        return {};
+    }
+    // Only now that nobody minds. What has no contents cannot lose them.
+    if (file && empties && ::truncate(name, 0) != 0 && errno != EINVAL) {
+        tarnel::leave_sharing(file.get());
+        return {};
+    }
+    return file;
 }
 
 } // namespace
@@ -65,12 +93,9 @@ CFile::~CFile() {
 }
 
 BOOL CFile::Open(LPCSTR name, UINT flags, CFileException* error) {
-    const UINT share = flags & share_mask;
-    const bool known = (flags & 3) != 3 && (share == 0 || share == shareDenyNone);
     errno = EINVAL;
-    if (descriptor_ < 0 && name && known) {
-        descriptor_ =
-            tarnel::retry_on_signal([&] { return ::open(name, open_flags(flags), 0666); });
+    if (descriptor_ < 0 && name && is_known(flags)) {
+        descriptor_ = open_file(name, flags).release();
         if (descriptor_ >= 0) {
             return TRUE;
         }
@@ -80,6 +105,16 @@ BOOL CFile::Open(LPCSTR name, UINT flags, CFileException* error) {
         error->m_cause = cause_of(errno);
     }
     return FALSE;
+}
+
+BOOL CFile::GetStatus(LPCSTR name, CFileStatus& status) {
+    struct stat file {};
+
+    if (::stat(name, &file) != 0) {
+        return FALSE;
+    }
+    status.m_size = file.st_size;
+    return TRUE;
 }
 
 UINT CFile::Read(void* buffer, UINT count) {
@@ -112,10 +147,12 @@ void CFile::Close() {
     // The descriptor is gone even when its last words are an error.
     const int descriptor = std::exchange(descriptor_, -1);
     if (descriptor >= 0) {
+        tarnel::leave_sharing(descriptor);
         checked(::close(descriptor));
     }
 }
 
 void CFile::Abort() {
     const tarnel::Descriptor closed(std::exchange(descriptor_, -1));
+    tarnel::leave_sharing(closed.get());
 }

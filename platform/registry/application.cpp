@@ -1,13 +1,31 @@
 #include "platform/registry/application.h"
 
+#include "platform/base/diagnostics.h"
+#include "platform/base/exceptions.h"
+
 #include <atomic>
 #include <filesystem>
+#include <memory>
 
 namespace {
 
 std::atomic<CWinApp*> current_application = nullptr;
 
+LRESULT report_exception(const CException& exception) {
+    tarnel::report(std::string("a ") + exception.GetRuntimeClass()->m_lpszClassName +
+                   " has left a message handler");
+    return 0;
+}
+
 } // namespace
+
+LRESULT tarnel::answer_exception(CException* exception, const MSG& message) {
+    const auto finish = [](CException* ended) { ended->Delete(); };
+    const std::unique_ptr<CException, decltype(finish)> ending(exception, finish);
+    CWinApp* const application = AfxGetApp();
+    return application ? application->ProcessWndProcException(exception, &message)
+                       : report_exception(*exception);
+}
 
 std::string tarnel::executable_name() {
     std::error_code error;
@@ -22,6 +40,10 @@ CWinApp::CWinApp() : m_pszProfileName(nullptr), executable_(tarnel::executable_n
 CWinApp::~CWinApp() {
     CWinApp* self = this;
     current_application.compare_exchange_strong(self, nullptr);
+}
+
+LRESULT CWinApp::ProcessWndProcException(CException* exception, const MSG*) {
+    return report_exception(*exception);
 }
 
 void CWinApp::SetRegistryKey(LPCSTR company) {

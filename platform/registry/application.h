@@ -6,7 +6,9 @@
 
 #include <string>
 
+class CException;
 class CWnd;
+struct MSG;
 
 /// The application as the framework knows it: one object, usually static, made before anything asks
 /// for it. Its settings lie below HKEY_CURRENT_USER\Software\<registry key>\<profile name>.
@@ -24,6 +26,10 @@ class TARNEL_PLATFORM_API CWinApp {
     /// The key of `section`, made when missing, with read and write access; the caller closes it.
     /// Null when there is no registry key or the section's key cannot be had.
     HKEY GetSectionKey(LPCSTR section);
+
+    /// A framework exception has left the handler of `message`; the result becomes the message's.
+    /// The base writes one line to the report channel and gives 0. The exception is the caller's.
+    virtual LRESULT ProcessWndProcException(CException* exception, const MSG* message);
 
     /// The executable's name without its folder, unless the application sets another one, which it
     /// keeps alive.
@@ -44,5 +50,9 @@ namespace tarnel {
 
 /// The executable's name without its folder.
 std::string executable_name();
+
+/// Ends a framework exception that has left the handler of `message`, as the current application
+/// wants it, and deletes it. The message's result.
+LRESULT answer_exception(CException* exception, const MSG& message);
 
 } // namespace tarnel

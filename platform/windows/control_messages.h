@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/types.h"
+#include "platform/base/virtual_keys.h"
 
 #include <cstdint>
 
@@ -71,10 +72,3 @@ struct NMUPDOWN {
 };
 
 static_assert(sizeof(NMHDR) == 24 && sizeof(NMUPDOWN) == 32);
-
-constexpr UINT VK_TAB = 0x09;
-constexpr UINT VK_RETURN = 0x0D;
-constexpr UINT VK_ESCAPE = 0x1B;
-constexpr UINT VK_SPACE = 0x20;
-constexpr UINT VK_UP = 0x26;
-constexpr UINT VK_DOWN = 0x28;

@@ -37,6 +37,9 @@ class DialogWindow final : public Window {
     /// Has the presenter show the dialog, if it does not do so yet; false when it cannot.
     bool open();
 
+    /// The presenter shows nothing any more.
+    void forget_presenter() { presenter_.reset(); }
+
     LRESULT handle_message(UINT message, WPARAM wparam, LPARAM lparam) override;
 
   private:

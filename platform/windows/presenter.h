@@ -80,8 +80,8 @@ class TARNEL_PLATFORM_API Presenter {
     virtual void close(HWND window) = 0;
 };
 
-/// Has `presenter` show what is opened from now on; null: nobody shows anything. May be called on
-/// any thread.
+/// Has `presenter` show what is opened from now on; null: nobody shows anything. Without a call, a
+/// program of its own shows it on the display. May be called on any thread.
 TARNEL_PLATFORM_API void set_presenter(std::shared_ptr<Presenter> presenter);
 
 } // namespace tarnel

@@ -26,6 +26,10 @@ void focus_on(Window& control) {
 
 } // namespace
 
+void user_sees(HWND handle) {
+    SendMessageA(handle, WM_PAINT, 0, 0);
+}
+
 void user_clicks(HWND handle) {
     Button* const button = usable<Button>(handle);
     if (button && button->takes_clicks()) {

@@ -11,6 +11,9 @@
 
 namespace tarnel {
 
+/// Sees a dialog for the first time, which gets WM_PAINT then.
+TARNEL_PLATFORM_API void user_sees(HWND dialog);
+
 /// Presses a button, or toggles a check box; the focus goes there.
 TARNEL_PLATFORM_API void user_clicks(HWND button);
 

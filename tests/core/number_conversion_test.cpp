@@ -9,6 +9,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -100,6 +101,19 @@ TEST(NumberConversion, writesSixDecimals) {
     char buffer[64];
     locale_independent::sprintf(buffer, "x=%f mm, %lf%%", 0.25, -2.0);
     EXPECT_STREQ(buffer, "x=0.250000 mm, -2.000000%");
+}
+
+TEST(NumberConversion, writesSignificantDigits) {
+    using Case = std::tuple<double, int, const char*>;
+    for (const auto& [value, digits, text] :
+         {Case{1.5, 16, "1.5"}, Case{100, 10, "100."}, Case{0, 16, "0."}, Case{-0.1, 16, "-0.1"},
+          Case{1.0 / 3, 3, "0.333"}, Case{0.05, 16, "5.e-002"}, Case{-314150, 7, "-314150."},
+          Case{9999.6, 4, "1.e+004"}, Case{0.09996, 3, "0.1"}, Case{9999.4, 4, "9999."},
+          Case{-1.25e-300, 16, "-1.25e-300"}, Case{highest, 3, "1.8e+308"},
+          Case{20, 1, "2.e+001"}}) {
+        char buffer[25];
+        EXPECT_STREQ(locale_independent::_gcvt(value, digits, buffer), text);
+    }
 }
 
 TEST(NumberConversion, writesWholeNumbersIntoALimitedBuffer) {
