@@ -37,6 +37,7 @@ const Value& at(const Value (&values)[count], int index) {
 MessageBox::MessageBox(const QJsonObject& view, Report report)
     : window_(view["window"].toInteger()), report_(std::move(report)) {
     const int type = view["type"].toInt();
+    setWindowModality(Qt::NonModal); // the application says which dialogs have to wait for it
     setTextFormat(Qt::PlainText);
     setWindowTitle(view["caption"].toString());
     setText(view["text"].toString());

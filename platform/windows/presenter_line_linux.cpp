@@ -228,7 +228,7 @@ void PresenterLine::cancel_next() {
         user_closes(newest);
     } else {
         std::erase(lost_, newest);
-        (void)end_unseen;
+        end_unseen(newest);
     }
 }
 

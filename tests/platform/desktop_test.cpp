@@ -171,8 +171,8 @@ TEST_F(Desktop, HotKeysAreToldWhateverIsLockedAndFreedWithTheirWindow) {
 TEST_F(Desktop, KeysArriveAsTheLayoutHasThem) {
     std::string file = std::filesystem::temp_directory_path() / "typed-XXXXXX";
     ::close(::mkstemp(file.data()));
-    const pid_t xterm =
-        support::start_program({"xterm", "-u8", "-T", "typing", "-e", "sh", "-c", "cat > " + file});
+    const pid_t xterm = support::start_program(
+        {"env", "LC_ALL=C.UTF-8", "xterm", "-T", "typing", "-e", "sh", "-c", "cat > " + file});
     support::window_titled("typing");
     std::string expected;
     const auto arrives = [&](const char* keys, const std::string& text) {

@@ -1,3 +1,4 @@
+#include "platform/threads/clock.h"
 #include "platform/windows/control_messages.h"
 #include "platform/windows/dialog.h"
 #include "platform/windows/dialog_picture.h"
@@ -62,6 +63,9 @@ class Trial : public CDialog {
         if (clicked && LOWORD(wparam) == 106) {
             more();
         }
+        if (message == WM_COMMAND && HIWORD(wparam) == EN_CHANGE) {
+            Sleep(slowness);
+        }
         if (clicked && LOWORD(wparam) == 103) {
             checked = true;
         }
@@ -105,6 +109,7 @@ class Trial : public CDialog {
     std::atomic<bool> seen = false;
     std::atomic<bool> checked = false;
     bool closes = true;
+    DWORD slowness = 0; ///< ms for each change of a text
     std::string outcome;
 };
 
@@ -161,6 +166,16 @@ TEST_F(OnScreen, TheKeyboardAloneIsEnough) {
     });
     EXPECT_EQ(result, IDOK);
     EXPECT_EQ(dialog.outcome, "aXYbcZW|three|9|1");
+}
+
+TEST_F(OnScreen, WhoTypesFasterThanTheApplicationReadsLosesNothing) {
+    dialog.slowness = 20;
+    const INT_PTR result = run(dialog, [&](const std::string&) {
+        xdotool("type --delay 15 abcdefghijklmnopqrst");
+        keys("Return");
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dialog.outcome, "abcdefghijklmnopqrst||7|0");
 }
 
 TEST_F(OnScreen, TheMouseAloneIsEnough) {
