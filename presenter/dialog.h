@@ -44,6 +44,6 @@ class Dialog : public QDialog {
     std::vector<std::unique_ptr<Control>> controls_; ///< in tab order
     bool takes_input_ = true;
     bool painted_ = false;
-    bool updating_ = false; ///< by what the application shows
+    bool updating_ = false;     ///< by what the application shows
     qint64 focus_reported_ = 0; ///< the last such action
 };

@@ -15,7 +15,6 @@ class Screen {
   private:
     void receive(const QJsonObject& message);
     void open(std::unique_ptr<QWidget> window, const QJsonObject& message);
-    void show(QWidget& window, const QJsonObject& message);
 
     Line line_;
     std::map<qint64, std::unique_ptr<QWidget>> windows_;
