@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QFont>
 #include <QLibraryInfo>
+#include <QProxyStyle>
 #include <QStyle>
 #include <QTranslator>
 #include <cstdio>
@@ -49,9 +50,22 @@ int watch_application() {
     return known ? ::pidfd_open(application.pid, 0) : -1;
 }
 
+/// Boxes stand as close to their texts as the templates have room for.
+class Style : public QProxyStyle {
+  public:
+    Style() : QProxyStyle("Fusion") {}
+
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        constexpr int spacing = 3;
+        return metric == PM_CheckBoxLabelSpacing ? spacing
+                                                 : QProxyStyle::pixelMetric(metric, option, widget);
+    }
+};
+
 /// How dialogs look is fixed, and so are the sizes of their texts.
 void dress() {
-    QApplication::setStyle("Fusion");
+    QApplication::setStyle(new Style);
     QApplication::setPalette(QApplication::style()->standardPalette());
     QFont font("Liberation Sans");
     font.setPixelSize(11);
