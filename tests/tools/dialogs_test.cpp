@@ -33,8 +33,31 @@ void act(const std::string& window, const std::string& what) {
     }
 }
 
-class Dialogs : public testing::Test {
+/// What a person reads and presses.
+struct Language {
+    const char* locale;
+    const char* line;
+    const char* encoders;
+    const char* probe;
+    const char* rate_key;
+};
+
+constexpr Language languages[] = {
+    {"en_US.UTF-8", "Serial Port Configuration", "Initialising Encoders", "Probe Selection",
+     "key alt+r"},
+    {"de_DE.UTF-8", "Serielle Schnittstelle", "Drehgeber initialisieren", "Tasterauswahl",
+     "key alt+b"},
+};
+
+class Dialogs : public testing::TestWithParam<Language> {
   protected:
+    Dialogs() {
+        for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"}) {
+            environment.set(variable, std::nullopt);
+        }
+        environment.set("LANG", GetParam().locale);
+    }
+
     /// Runs the tool with the person's help.
     void expect(const std::string& arguments, const std::vector<Step>& steps, int exit_code,
                 const std::string& output) {
@@ -55,42 +78,34 @@ class Dialogs : public testing::Test {
     support::Environment environment;
 };
 
-TEST_F(Dialogs, AreUsedByKeyboardAlone) {
-    const char* const line = "Serial Port Configuration";
-    expect("line edit arm",
-           {{line,
-             {"key alt+p Down Down alt+r Up Tab Down Tab o Tab 2 alt+p"
-              " Tab Tab Tab Tab Tab Tab space Return"}}},
-           0, "COM3: 7200,8,1,2");
-    expect("line edit arm --locked", {{line, {"key alt+r Down Return"}}}, 0, "COM3: 9600,8");
-    expect("line edit arm", {{line, {"key alt+r Up Escape"}}}, 5, "");
+INSTANTIATE_TEST_SUITE_P(, Dialogs, testing::ValuesIn(languages));
+
+TEST_P(Dialogs, AreUsedByKeyboardAlone) {
+    const auto& [locale, line, encoders, probe, rate_key] = GetParam();
+    expect(
+        "line edit arm",
+        {{line, {"key Down Down", rate_key, "key Up Tab Down Tab o Tab 2 Tab Tab space Return"}}},
+        0, "COM3: 7200,8,1,2 (X  )");
+    expect("line edit arm --locked", {{line, {rate_key, "key Down Return"}}}, 0, "COM3: 9600,8");
+    expect("line edit arm", {{line, {rate_key, "key Up Escape"}}}, 5, "");
     EXPECT_TRUE(has(run_tool("line show arm").output, "9600"));
-    expect("encoders 2 --user-controlled", {{"Initialising Encoders", {"key Tab Tab space"}}}, 0,
+    expect("encoders 2 --user-controlled", {{encoders, {"key Tab Tab space"}}}, 0,
            "all 2 encoders are initialised");
-    expect("probe", {{"Probe Selection", {"key Up Up Return"}}, {"tarnel", {"key Return"}}}, 0,
-           "probe 3");
+    expect("probe", {{probe, {"key Up Up Return"}}, {"tarnel", {"key Return"}}}, 0, "probe 3");
 }
 
-TEST_F(Dialogs, AreUsedByMouseAlone) {
-    expect("line edit arm --alternative",
-           {{"Serial Port Configuration", {"at 60 135", "at 20 185", "at 24 214"}}}, 0,
+TEST_P(Dialogs, AreUsedByMouseAlone) {
+    const auto& [locale, line, encoders, probe, rate_key] = GetParam();
+    expect("line edit arm --alternative", {{line, {"at 60 135", "at 20 185", "at 24 214"}}}, 0,
            "COM1: 9600,7,2,0 ( X )");
-    expect("encoders 3 --user-controlled --set-home", {{"Initialising Encoders", {"at 112 150"}}},
-           0, "all 3 encoders are initialised");
-    expect("encoders 8", {{"Initialising Encoders", {"at 187 250"}}}, 5, "");
-    expect("probe", {{"Probe Selection", {"at 151 23", "at 191 31"}}}, 5, "");
+    expect("encoders 3 --user-controlled --set-home", {{encoders, {"at 112 150"}}}, 0,
+           "all 3 encoders are initialised");
+    expect("encoders 8", {{encoders, {"at 187 250"}}}, 5, "");
+    expect("probe", {{probe, {"at 151 23", "at 191 31"}}}, 5, "");
 }
 
-TEST_F(Dialogs, SpeakTheUsersLanguage) {
-    environment.speak("de");
-    expect("line edit arm", {{"Serielle Schnittstelle", {"key alt+b Down Return"}}}, 0,
-           "COM1: 14400");
-    expect("probe", {{"Tasterauswahl", {"type 12", "key Return"}}, {"tarnel", {"key Return"}}}, 0,
-           "probe 12");
-}
-
-TEST_F(Dialogs, LetTheirHostsTimersGoOn) {
-    const std::string dialog = "Serial Port Configuration";
+TEST_P(Dialogs, LetTheirHostsTimersGoOn) {
+    const std::string dialog = GetParam().line;
     const std::string ticks = registry.folder / "ticks";
     const pid_t glib = support::start_program({"sh", "-c", "exec " TARNEL_GLIB_HOST " >" + ticks});
     support::window_titled(dialog);
