@@ -1,8 +1,7 @@
-#include "platform/threads/watch_set.h"
-
 #include "platform/base/last_error.h"
 #include "platform/base/system_error.h"
 #include "platform/threads/thread_state.h"
+#include "platform/threads/watch_set.h"
 
 #include <sys/epoll.h>
 
