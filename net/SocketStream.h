@@ -8,10 +8,8 @@ namespace tarnel {
 /// The bytes of one connection: a file over its socket, and an archive for each direction. Calls
 /// that use it hold it, so that it outlives them whatever their handlers do to the connection.
 class SocketStream {
-    CSocketFile file_; // the archives stand on it
-
   public:
-    explicit SocketStream(CSocket& socket) : file_(&socket) {}
+    explicit SocketStream(CSocket& socket) : file(&socket) {}
 
     SocketStream(const SocketStream&) = delete;
     SocketStream& operator=(const SocketStream&) = delete;
@@ -23,8 +21,9 @@ class SocketStream {
 
     static constexpr int buffer_size = 4096;
 
-    CArchive receiving{&file_, CArchive::load, buffer_size};
-    CArchive sending{&file_, CArchive::store, buffer_size};
+    CSocketFile file; // the archives stand on it
+    CArchive receiving{&file, CArchive::load, buffer_size};
+    CArchive sending{&file, CArchive::store, buffer_size};
 };
 
 } // namespace tarnel

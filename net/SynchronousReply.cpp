@@ -30,6 +30,7 @@ class CTCPIPSocket::SynchWait {
     SynchWait& operator=(const SynchWait&) = delete;
 
     ~SynchWait() {
+        m_pStream->file.Settle();
         if (!m_Socket.m_DelayedMessages.empty() && m_Socket.m_pDelayedMessageWindow) {
             m_Socket.m_pDelayedMessageWindow->PostMessage(CDelayedMessageWindow::process_delayed);
         }
@@ -41,11 +42,10 @@ class CTCPIPSocket::SynchWait {
     /// Waits until there are bytes to be parsed; false when there will be none in time.
     bool HasInput() {
         while (!IsClosed()) {
-            if (!Input().IsBufferEmpty()) {
+            if (!Input().IsBufferEmpty() || m_pStream->file.HasSeen()) {
                 return true;
             }
-            BYTE peeked = 0;
-            const int count = m_Socket.CAsyncSocket::Receive(&peeked, sizeof peeked, MSG_PEEK);
+            const int count = m_pStream->file.Look();
             if (count > 0) {
                 return true;
             }
@@ -57,6 +57,9 @@ class CTCPIPSocket::SynchWait {
     }
 
     CArchive& Input() { return m_pStream->receiving; }
+
+    /// Before handlers run: what was parsed is taken from the socket.
+    void Settle() { m_pStream->file.Settle(); }
 
   private:
     /// A handler has closed the connection, or wants it closed.
@@ -91,7 +94,11 @@ int CTCPIPSocket::GetSynchReply(CSocketData* pReply, DWORD dwCommand, DWORD dwTi
     }
     SynchWait wait(*this, dwTimeOut);
     while (wait.HasInput()) {
-        if (pReply->Serialise(wait.Input()) && IsReply(pReply, dwCommand, wait)) {
+        if (!pReply->Serialise(wait.Input())) {
+            continue;
+        }
+        wait.Settle();
+        if (IsReply(pReply, dwCommand, wait)) {
             return 1;
         }
     }

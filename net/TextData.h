@@ -4,7 +4,6 @@
 #include "platform/base/string.h"
 
 #include <string>
-#include <string_view>
 
 /// How texts end on the wire. One object may rule many payloads: it outlives them, and a change
 /// counts for all of them at once.
@@ -62,9 +61,6 @@ class TARNEL_API CSocketDataString : public CSocketData {
 
   private:
     void Send(CArchive& ar) const;
-    void ProcessReceivedString(CArchive& ar);
-    bool EndsLine(char byte);
-    bool EndsWithTerminator(std::string_view terminator);
 
     std::string m_Text;
     int m_bComplete = 0;
