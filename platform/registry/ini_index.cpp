@@ -86,7 +86,7 @@ std::shared_ptr<const IniIndex> ini_index(const std::string& path) {
     if (read_file(path, content)) {
         return nullptr;
     }
-    const auto index = std::make_shared<const IniIndex>(content.bytes);
+    auto index = std::make_shared<const IniIndex>(content.bytes);
     if (content.settled) {
         const std::lock_guard guard(last.lock_);
         last.stamp_ = content.stamp;
