@@ -39,7 +39,9 @@ CHotKeys::CHotKeys(const CHotKeys& other) : m_hotKeys(other.m_hotKeys) {}
 
 CHotKeys& CHotKeys::operator=(const CHotKeys& other) {
     Destroy();
-    m_hotKeys = other.m_hotKeys;
+    if (this != &other) {
+        m_hotKeys = other.m_hotKeys;
+    }
     return *this;
 }
 
