@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -63,22 +62,32 @@ class Monitor : public testing::Test {
 };
 
 /// The fields of each line, without what a format puts around them.
-std::vector<std::vector<std::string>> rows_of(const std::string& text, const std::regex& around) {
+std::vector<std::vector<std::string>> rows_of(const std::string& text) {
     std::vector<std::vector<std::string>> rows;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        std::istringstream fields(std::regex_replace(line, around, ""));
+        std::istringstream fields(line);
         rows.emplace_back();
         for (std::string field; std::getline(fields, field, ',');) {
+            const std::size_t name = field.find("\": ");
+            field.erase(0, name == field.npos ? 0 : name + 3);
+            std::erase_if(field, [](char c) { return c == '{' || c == '}' || c == '"'; });
             rows.back().push_back(field);
         }
     }
     return rows;
 }
 
+/// With a zero for each digit.
+std::string shape(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+    return text;
+}
+
 TEST_F(Monitor, WritesExactNumbersForPrograms) {
-    auto csv = rows_of(points("--format csv"), std::regex(""));
-    const auto json = rows_of(points("--format json"), std::regex("\"\\w+\": |[{}\" ]"));
+    auto csv = rows_of(points("--format csv"));
+    const auto json = rows_of(points("--format json"));
     ASSERT_EQ(csv.size(), 4U);
     ASSERT_EQ(json.size(), 3U);
     EXPECT_EQ(csv[0], (std::vector<std::string>{"number", "x", "y", "z", "x2", "y2", "z2", "time",
@@ -87,7 +96,6 @@ TEST_F(Monitor, WritesExactNumbersForPrograms) {
     const int counts[3][6] = {{1, -20, 300, -4000, 50000, -600000},
                               {12345, -7, 0, 12345, -7, 1000},
                               {3, -2, 1, -1, 2, -3}};
-    const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{6}Z");
     for (std::size_t i = 0; i < 3; ++i) {
         ASSERT_EQ(csv[i].size(), 9U);
         ASSERT_EQ(json[i].size(), 9U);
@@ -99,7 +107,8 @@ TEST_F(Monitor, WritesExactNumbersForPrograms) {
             EXPECT_EQ(mm, counts[i][k] / 1000.0) << text;
         }
         EXPECT_TRUE(std::equal(csv[i].begin(), csv[i].begin() + 7, json[i].begin()));
-        EXPECT_TRUE(std::regex_match(csv[i][7], time) && std::regex_match(json[i][7], time));
+        EXPECT_EQ(shape(csv[i][7]), "0000-00-00T00:00:00.000000Z");
+        EXPECT_EQ(shape(json[i][7]), shape(csv[i][7]));
     }
 }
 
