@@ -65,6 +65,7 @@ class Dialogs : public testing::TestWithParam<Language> {
         Tool tool(arguments);
         for (const Step& step : steps) {
             const std::string window = support::window_titled(step.title);
+            support::xdotool("sleep 0.2"); // a person needs longer to find the keys
             for (const char* what : step.acts) {
                 act(window, what);
             }
