@@ -7,8 +7,7 @@ namespace tarnel {
 
 std::shared_ptr<NameLookup> NameLookup::start(std::string host, UINT port,
                                               std::shared_ptr<Doorbell> bell) {
-    std::shared_ptr<NameLookup> lookup(
-        new NameLookup(std::move(host), port, std::move(bell)));
+    std::shared_ptr<NameLookup> lookup(new NameLookup(std::move(host), port, std::move(bell)));
     auto shared = std::make_unique<std::shared_ptr<NameLookup>>(lookup);
     const HANDLE thread = CreateThread(nullptr, 0, &NameLookup::run, shared.get(), 0, nullptr);
     if (!thread) {
