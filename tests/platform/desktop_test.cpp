@@ -212,8 +212,9 @@ TEST_F(Desktop, KeysArriveAsTheLayoutHasThem) {
 TEST_F(Desktop, WindowsAreFoundFromTheTop) {
     std::vector<HWND> windows;
     for (const char* const title : {"Messwert ä 12", "Messwert 13"}) {
-        support::start_program(
-            {"env", "LC_ALL=C.UTF-8", "xterm", "-T", title, "-class", "Feinzeiger"});
+        // Not a shell, which gives its window a title of its own.
+        support::start_program({"env", "LC_ALL=C.UTF-8", "xterm", "-T", title, "-class",
+                                "Feinzeiger", "-e", "sleep", "600"});
         EXPECT_TRUE(eventually([&] { return GetWindowFromTitle(title, 0); })) << title;
         windows.push_back(GetWindowFromTitle(title, 0));
     }
