@@ -92,6 +92,10 @@ bool LiveSocket::renew() {
 }
 
 bool LiveSocket::connect(const sockaddr* address, int size) {
+    if (state_ == State::connected) {
+        fail(WSAEISCONN); // the system says so only the second time
+        return false;
+    }
     if (state_ == State::failed && !renew()) {
         return false;
     }
