@@ -1,5 +1,6 @@
 #include "net/ServerSocket.h"
 #include "net/TextData.h"
+#include "platform/base/exceptions.h"
 #include "platform/messages/message.h"
 #include "tools/escapes.h"
 #include "tools/message_loop.h"
@@ -45,8 +46,19 @@ class Listener final : public CTCPIPServerSocket {
         Table message(headings());
         message.add({utc_time(read_time_now().utc_us), peer_, received_.GetString().GetString()});
         message.print_rows(arguments_.format);
-        if (arguments_.reply && !Send(&reply_)) {
+        if (arguments_.reply && answers_ && !reply()) {
             fmt::print(stderr, "{}: the reply could not be sent\n", peer_);
+            answers_ = false;
+            Close(); // later; what has come already is shown before
+        }
+    }
+
+    bool reply() {
+        try {
+            return Send(&reply_) != 0;
+        } catch (CException* exception) { // a reply that does not fit the buffer is sent in pieces
+            exception->Delete();
+            return false;
         }
     }
 
@@ -55,6 +67,7 @@ class Listener final : public CTCPIPServerSocket {
         UINT port = 0;
         GetPeerName(address, port);
         peer_ = fmt::format("{}:{}", address.GetString(), port);
+        answers_ = true;
         fmt::print(stderr, "{} has connected\n", peer_);
     }
 
@@ -66,16 +79,18 @@ class Listener final : public CTCPIPServerSocket {
     CSocketDataString reply_;
     const Arguments& arguments_;
     std::string peer_;
+    bool answers_ = true; ///< no reply to this client has failed
 };
 
 void listen(const Arguments& arguments) {
-    const MessageLoop loop;
+    MessageLoop loop;
     CSocketDataStringFormat format;
     const std::string terminator = unescape(arguments.terminator);
     format.SetReceivedStringTerminator(terminator.c_str());
     format.SetTerminator(terminator.c_str());
     format.SetSendNullTerminatedString(terminator.empty());
     Listener listener(format, arguments);
+    loop.on_stop = [&] { listener.CancelBlockingCall(); }; // a client may not read its reply
     if (arguments.format == "csv") {
         Table(headings()).print("csv");
     }

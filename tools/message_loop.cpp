@@ -21,5 +21,8 @@ void MessageLoop::wait(void* context, int descriptor, int milliseconds) {
     ::poll(watched, loop.stopped_ ? 1 : 2, milliseconds);
     if (watched[1].revents != 0 && !std::exchange(loop.stopped_, true)) {
         PostQuitMessage(0);
+        if (loop.on_stop) {
+            loop.on_stop();
+        }
     }
 }

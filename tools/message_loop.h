@@ -2,6 +2,8 @@
 
 #include "tools/stop_signal.h"
 
+#include <functional>
+
 /// A message loop of the calling thread that Ctrl+C ends, as a quit message does: also the nested
 /// loop of a dialog. Made before any other thread.
 class MessageLoop {
@@ -10,6 +12,9 @@ class MessageLoop {
     MessageLoop(const MessageLoop&) = delete;
     MessageLoop& operator=(const MessageLoop&) = delete;
     ~MessageLoop();
+
+    /// Also called at Ctrl+C, for what else waits on the thread.
+    std::function<void()> on_stop;
 
   private:
     static void wait(void* loop, int descriptor, int milliseconds);
