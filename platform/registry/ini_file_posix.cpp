@@ -1,18 +1,16 @@
 #include "platform/base/descriptor.h"
 #include "platform/base/last_error.h"
 #include "platform/base/system_error.h"
+#include "platform/registry/folder_lock.h"
 #include "platform/registry/ini_file.h"
-#include "platform/threads/deadline.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <ctime>
 #include <string_view>
-#include <thread>
 
 namespace tarnel {
 namespace {
@@ -99,44 +97,6 @@ fs::path behind_links(fs::path path) {
     }
     return path;
 }
-
-/// The lock on a folder itself: the files in it are exchanged for others all the time.
-class FolderLock {
-  public:
-    explicit FolderLock(const fs::path& folder)
-        : folder_(open_file(folder, O_RDONLY | O_DIRECTORY)) {
-        error_ = folder_ ? acquire() : last_system_error();
-    }
-
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-
-    // Closing alone would leave it with a child that was forked meanwhile.
-    ~FolderLock() { ::flock(folder_.get(), LOCK_UN); }
-
-    DWORD error() const { return error_; }
-
-    int folder() const { return folder_.get(); }
-
-  private:
-    DWORD acquire() const {
-        const Deadline deadline = Deadline::after(5'000);
-        while (::flock(folder_.get(), LOCK_EX | LOCK_NB) != 0) {
-            if (errno != EWOULDBLOCK && errno != EINTR) {
-                return last_system_error();
-            }
-            if (deadline.passed()) {
-                return ERROR_BUSY;
-            }
-            // Briefly, for a busy writer leaves the lock free for moments only.
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return ERROR_SUCCESS;
-    }
-
-    Descriptor folder_;
-    DWORD error_;
-};
 
 /// Gives `file` the owner and the permissions of `status`. Giving files away is for few: what the
 /// process may not give stays its own.

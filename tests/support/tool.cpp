@@ -122,4 +122,12 @@ ToolResult run_tool(const std::string& arguments) {
     return {exit_code, tool.output(), tool.diagnostics()};
 }
 
+void expect(const std::vector<ToolCall>& calls, const std::string& more) {
+    for (const auto& [arguments, exit_code, output] : calls) {
+        const auto result = run_tool(arguments + more);
+        EXPECT_EQ(result.exit_code, exit_code) << arguments << '\n' << result.diagnostics;
+        EXPECT_EQ(result.output, output) << arguments;
+    }
+}
+
 } // namespace support

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 namespace support {
 
@@ -65,5 +66,14 @@ inline testing::AssertionResult has(const std::string& text, const std::string& 
 
 /// Runs the tool to its end.
 ToolResult run_tool(const std::string& arguments);
+
+struct ToolCall {
+    std::string arguments;
+    int exit_code;
+    std::string output;
+};
+
+/// Makes one call after the other, each with `more` arguments.
+void expect(const std::vector<ToolCall>& calls, const std::string& more = "");
 
 } // namespace support
