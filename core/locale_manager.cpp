@@ -1,5 +1,7 @@
 #include "core/locale_manager.h"
 
+#include "core/entry_point.h"
+#include "core/library_language.h"
 #include "core/load_order.h"
 #include "platform/modules/module.h"
 
@@ -10,6 +12,10 @@ namespace tarnel {
 lmLocaleManagerMFC locale_manager TARNEL_LOAD_PLACE(load_locale_manager);
 
 constinit lmResourceManager* const resource_manager = &locale_manager;
+
+LanguageChoice library_language() {
+    return language_choice(library_module());
+}
 
 } // namespace tarnel
 

@@ -10,7 +10,10 @@ TARNEL_PLATFORM_API BOOL Beep(DWORD frequency, DWORD milliseconds);
 
 namespace tarnel {
 
-/// The same on a speaker's event device that is open.
+/// Whether there is such a speaker and the right to use it; else with the last error.
+TARNEL_PLATFORM_API bool can_beep();
+
+/// The same as Beep on a speaker's event device that is open.
 bool beep_on(int speaker, DWORD frequency, DWORD milliseconds);
 
 } // namespace tarnel

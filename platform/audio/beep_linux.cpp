@@ -55,6 +55,14 @@ bool set_tone(int speaker, DWORD frequency) {
 
 } // namespace
 
+bool tarnel::can_beep() {
+    const auto speaker = open_speaker();
+    if (!speaker) {
+        SetLastError(error_from_errno(errno));
+    }
+    return static_cast<bool>(speaker);
+}
+
 bool tarnel::beep_on(int speaker, DWORD frequency, DWORD milliseconds) {
     if (!set_tone(speaker, frequency)) {
         return false;

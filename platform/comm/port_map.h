@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/export.h"
 #include "platform/comm/port_names.h"
 
 #include <string>
@@ -14,6 +15,6 @@ struct MappedPort {
 };
 
 /// What stands in `map`; nothing when it cannot be read.
-std::vector<MappedPort> ports_in(PortMap map);
+TARNEL_PLATFORM_API std::vector<MappedPort> ports_in(PortMap map);
 
 } // namespace tarnel

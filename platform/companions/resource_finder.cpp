@@ -32,27 +32,32 @@ std::string language_folder(const ModulePlace& place) {
 
 } // namespace
 
-bool find_resource_script(HINSTANCE module, const std::string& name, std::string& path) {
-    const std::vector<std::string> wanted = user_languages();
+LanguageChoice language_choice(HINSTANCE module, const std::string& name) {
     const auto place = ModuleTable::instance().place_of(module);
-    if (wanted.empty() || !place) {
-        return false;
+    if (!place) {
+        return {};
     }
-    const std::string folder = language_folder(*place);
-    if (folder.empty()) {
-        return false;
-    }
+    LanguageChoice choice{user_languages(), language_folder(*place), {}};
     const std::string file = (name.empty() ? place->name : name) + ".rc";
-    for (const std::string& language : wanted) {
-        std::string script = folder;
+    for (const std::string& language : choice.wanted) {
+        std::string script = choice.folder;
         script.append("/").append(language).append("/").append(file);
         std::error_code error;
-        if (std::filesystem::is_regular_file(script, error)) {
-            path = std::move(script);
-            return true;
+        if (!choice.folder.empty() && std::filesystem::is_regular_file(script, error)) {
+            choice.script = std::move(script);
+            break;
         }
     }
-    return false;
+    return choice;
+}
+
+bool find_resource_script(HINSTANCE module, const std::string& name, std::string& path) {
+    std::string script = language_choice(module, name).script;
+    if (script.empty()) {
+        return false;
+    }
+    path = std::move(script);
+    return true;
 }
 
 } // namespace tarnel

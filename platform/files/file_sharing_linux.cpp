@@ -1,7 +1,9 @@
+#include "platform/base/descriptor.h"
 #include "platform/base/never_destroyed.h"
 #include "platform/files/file_sharing.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -139,6 +141,12 @@ bool enter_sharing(int descriptor, bool writes, bool denies) {
         files.all.push_back({descriptor, file.st_dev, file.st_ino, writes, denies});
     }
     return !refused;
+}
+
+/// Asked about a file that lies in memory.
+bool system_tells_of_writers() {
+    const Descriptor file(::memfd_create("tarnel", MFD_CLOEXEC));
+    return file && writers_by_lease(file.get()) != Writers::unknown;
 }
 
 void leave_sharing(int descriptor) {

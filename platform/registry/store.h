@@ -12,6 +12,15 @@ namespace tarnel {
 
 enum class HiveKind { User, Machine };
 
+/// What a hive's file says of how it is laid out.
+constexpr const char* hive_version = "1";
+
+/// For who looks on: does not wait for other processes as long as usual.
+constexpr const char* be_impatient = "PRAGMA busy_timeout = 1000";
+
+/// Behind the name of a damaged file that was set aside; a time follows.
+constexpr const char* damaged_mark = ".damaged-";
+
 /// Where the file of a hive lies, empty when there is no place for it.
 std::filesystem::path hive_path(HiveKind kind);
 

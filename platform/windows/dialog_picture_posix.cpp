@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <charconv>
@@ -55,7 +56,7 @@ std::optional<std::string> run_presenter(const std::vector<std::string>& argumen
     ::setsockopt(ours.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     ::setsockopt(ours.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     Descriptor its(ends[1]);
-    const pid_t child = spawn_presenter(path, arguments, its.get(), its.get());
+    const pid_t child = spawn_presenter(path, arguments, its.get(), its.get(), STDERR_FILENO);
     if (child < 0) {
         return std::nullopt;
     }

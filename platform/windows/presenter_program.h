@@ -3,6 +3,8 @@
 #include "platform/base/descriptor.h"
 #include "platform/threads/deadline.h"
 
+#include <unistd.h>
+
 #include <memory>
 #include <string>
 
@@ -13,8 +15,9 @@ namespace tarnel {
 /// several threads at once, except for kill().
 class PresenterProgram {
   public:
-    /// Null, with the reason in `fault`, when dialogs cannot be shown.
-    static std::shared_ptr<PresenterProgram> start(std::string& fault);
+    /// Null, with the reason in `fault`, when dialogs cannot be shown. What the program has to say
+    /// besides goes to the descriptor `words`.
+    static std::shared_ptr<PresenterProgram> start(std::string& fault, int words = STDERR_FILENO);
 
     /// Whether it is still awake; asks, and waits for the answer only so long.
     bool is_awake();
@@ -28,7 +31,7 @@ class PresenterProgram {
   private:
     explicit PresenterProgram(Descriptor control) : control_(std::move(control)) {}
 
-    bool launch(const std::string& path, Descriptor its_end, std::string& fault);
+    bool launch(const std::string& path, Descriptor its_end, int words, std::string& fault);
     std::string receive(const Deadline& deadline);
 
     Descriptor control_;

@@ -28,7 +28,7 @@ void take_leave_of(pid_t child) {
 
 } // namespace
 
-std::shared_ptr<PresenterProgram> PresenterProgram::start(std::string& fault) {
+std::shared_ptr<PresenterProgram> PresenterProgram::start(std::string& fault, int words) {
     const char* const display = std::getenv("DISPLAY");
     const std::string path = presenter_path();
     int ends[2];
@@ -41,15 +41,16 @@ std::shared_ptr<PresenterProgram> PresenterProgram::start(std::string& fault) {
     } else {
         Descriptor its_end(ends[1]);
         std::shared_ptr<PresenterProgram> program(new PresenterProgram(Descriptor(ends[0])));
-        return program->launch(path, std::move(its_end), fault) ? program : nullptr;
+        return program->launch(path, std::move(its_end), words, fault) ? program : nullptr;
     }
     return nullptr;
 }
 
 /// The child answers through a child of its own, which serves on, and ends. Its session is theirs:
 /// one that does not answer is ended with what it may have started.
-bool PresenterProgram::launch(const std::string& path, Descriptor its_end, std::string& fault) {
-    const pid_t child = spawn_presenter(path, {"--serve"}, its_end.get(), STDERR_FILENO);
+bool PresenterProgram::launch(const std::string& path, Descriptor its_end, int words,
+                              std::string& fault) {
+    const pid_t child = spawn_presenter(path, {"--serve"}, its_end.get(), words, words);
     its_end = Descriptor(); // so that its death is seen
     if (child < 0) {
         fault = path + " cannot be started";

@@ -1,3 +1,4 @@
+#include "platform/windows/presenter_check.h"
 #include "platform/windows/presenter_spawn.h"
 
 #include <dlfcn.h>
@@ -7,12 +8,18 @@
 #include <csignal>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace tarnel {
 namespace {
 
-constexpr std::string_view places[] = {"/tarnel-presenter", "/../libexec/tarnel/tarnel-presenter",
-                                       "/../bin/tarnel-presenter"};
+/// From the layer's folder: in a build tree, and installed below any prefix, in `lib` or in
+/// `lib/<architecture>`.
+constexpr std::string_view places[] = {
+    "/../bin/tarnel-presenter",
+    "/../libexec/tarnel/tarnel-presenter",
+    "/../../libexec/tarnel/tarnel-presenter",
+};
 
 std::string folder_of_layer() {
     Dl_info here{};
@@ -31,7 +38,7 @@ bool is_program(const std::string& path) {
 /// What a program is started with: none of this process's signal settings and descriptors.
 class Start {
   public:
-    Start(int input, int output) {
+    Start(int input, int output, int errors) {
         ::posix_spawnattr_init(&attributes);
         ::posix_spawn_file_actions_init(&files);
         sigset_t signals;
@@ -43,6 +50,9 @@ class Start {
                                                     POSIX_SPAWN_SETSIGDEF);
         ::posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
         ::posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
+        if (errors != STDERR_FILENO) {
+            ::posix_spawn_file_actions_adddup2(&files, errors, STDERR_FILENO);
+        }
         ::posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
     }
 
@@ -60,27 +70,34 @@ class Start {
 
 } // namespace
 
-std::string presenter_path() {
+std::vector<std::string> presenter_places() {
     if (const char* const named = std::getenv("TARNEL_PRESENTER")) {
-        return is_program(named) ? named : "";
+        return {named};
     }
-    const std::string folder = folder_of_layer();
+    std::vector<std::string> paths;
     for (const std::string_view place : places) {
-        if (std::string path = folder + std::string(place); is_program(path)) {
-            return path;
+        paths.push_back(folder_of_layer().append(place));
+    }
+    return paths;
+}
+
+std::string presenter_path() {
+    for (std::string& path : presenter_places()) {
+        if (is_program(path)) {
+            return std::move(path);
         }
     }
     return {};
 }
 
 pid_t spawn_presenter(const std::string& path, const std::vector<std::string>& arguments, int input,
-                      int output) {
+                      int output, int errors) {
     std::vector<char*> all = {const_cast<char*>(path.c_str())};
     for (const std::string& argument : arguments) {
         all.push_back(const_cast<char*>(argument.c_str()));
     }
     all.push_back(nullptr);
-    const Start start(input, output);
+    const Start start(input, output, errors);
     pid_t child = -1;
     const int refused =
         ::posix_spawn(&child, path.c_str(), &start.files, &start.attributes, all.data(), ::environ);
