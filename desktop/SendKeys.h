@@ -4,7 +4,12 @@
 #include "platform/base/types.h"
 
 // Keys typed into whichever window has the keyboard, as a person would. Nothing here waits for what
-// the window makes of them. Without an X server nothing is typed.
+// the window makes of them. Without an X server nothing is typed. When a call returns, nothing that
+// it has pressed is held.
+//
+// A Shift, Ctrl or Alt that a person holds meanwhile counts, as for the person's own keys: who
+// types in answer to a hot key chooses one without modifiers, or waits until they are let go. The
+// hot key itself may be held, unless another thread has registered it: what is typed is then lost.
 
 /// Presses and releases one key (VK_).
 TARNEL_API void SendKey(UINT virtual_key_code);

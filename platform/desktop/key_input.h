@@ -33,8 +33,9 @@ constexpr UINT MAPVK_VK_TO_VSC = 0;
 /// Types `count` records of `size` bytes each, no other program's keys between them; how many were
 /// typed. A key that the layout lacks is lent a place on the keyboard until the process ends; what
 /// is no key of a keyboard is passed over. What is pressed and not released here stays pressed
-/// until a later call, or the end of the process, releases it. 0 with the last error without an X
-/// server.
+/// until a later call, or the end of the process, releases it. Keys that a person holds count as
+/// they do for the person's own. While a hot key of another thread is held, everything goes to that
+/// thread, and is lost. 0 with the last error without an X server.
 TARNEL_PLATFORM_API UINT SendInput(UINT count, const INPUT* inputs, int size);
 
 /// The scan code of a key (VK_), 0 for none; `type` is MAPVK_VK_TO_VSC.

@@ -75,6 +75,10 @@ constexpr auto symbol_ranges = std::to_array<SymbolRange>({
 /// Scan codes count from the same key as codes of the X server, which keeps the first 8 free.
 constexpr UINT first_scan_code = 8;
 
+/// The first symbols of a key are those of the first layout, without and with Shift, and those of
+/// the second one.
+constexpr std::size_t group_width = 2;
+
 bool is_character(UINT key) {
     return (key >= '0' && key <= '9') || (key >= 'A' && key <= 'Z');
 }
@@ -107,6 +111,7 @@ bool Keymap::load(X11Connection& connection) {
     width_ = mapping->keysyms_per_keycode;
     const std::span symbols(::xcb_get_keyboard_mapping_keysyms(mapping.get()), count * width_);
     symbols_.assign(symbols.begin(), symbols.end());
+    has_groups_ = differ_in_groups();
     modifier_width_ = modifiers->keycodes_per_modifier;
     const std::span keys(::xcb_get_modifier_mapping_keycodes(modifiers.get()), 8 * modifier_width_);
     modifier_keys_.assign(keys.begin(), keys.end());
@@ -126,7 +131,7 @@ std::optional<KeyCombination> Keymap::combination(UINT key, UINT modifiers) cons
         {MOD_WIN, modifier_with({XK_Super_L, XK_Super_R})},
     };
 
-    KeyCombination combination{carrier(key), 0};
+    KeyCombination combination{carrier(key, 0), 0};
     bool complete = combination.code != 0; // which would mean every key
     for (const auto& [asked, found] : all) {
         if (modifiers & asked) {
@@ -137,13 +142,21 @@ std::optional<KeyCombination> Keymap::combination(UINT key, UINT modifiers) cons
     return complete ? std::optional(combination) : std::nullopt;
 }
 
-xcb_keycode_t Keymap::typed(UINT key) const {
-    return is_character(key) ? carrier(key) : find(symbol_of(key), 1);
+xcb_keycode_t Keymap::typed(UINT key, unsigned group) const {
+    const std::size_t column = has_groups_ ? group * group_width : 0;
+    if (is_character(key)) {
+        return carrier(key, column);
+    }
+    const xcb_keycode_t found = find(symbol_of(key), column, 1);
+    return found ? found : find(symbol_of(key), 0, 1);
 }
 
-/// In a layout without this letter, the key that has it on most keyboards.
-xcb_keycode_t Keymap::carrier(UINT key) const {
-    const xcb_keycode_t found = find(symbol_of(key), width_);
+/// In a layout without this letter, or behind the second one, the key that has it on most
+/// keyboards.
+xcb_keycode_t Keymap::carrier(UINT key, std::size_t column) const {
+    const std::size_t columns = has_groups_ ? group_width : width_;
+    const xcb_keycode_t found =
+        column < 2 * group_width ? find(symbol_of(key), column, columns) : xcb_keycode_t{0};
     if (found || !is_character(key)) {
         return found;
     }
@@ -154,9 +167,21 @@ xcb_keycode_t Keymap::carrier(UINT key) const {
     return used ? usual : xcb_keycode_t{0};
 }
 
-/// The key that has the symbol foremost, among the first `columns` on each; 0 for none.
-xcb_keycode_t Keymap::find(xcb_keysym_t symbol, std::size_t columns) const {
-    for (std::size_t column = 0; symbol != XCB_NO_SYMBOL && column < columns; ++column) {
+/// A single layout is repeated in the columns of the second one.
+bool Keymap::differ_in_groups() const {
+    for (std::size_t at = 0; width_ > group_width && at < symbols_.size(); at += width_) {
+        const xcb_keysym_t second = symbols_[at + group_width];
+        if (second != XCB_NO_SYMBOL && second != symbols_[at]) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The key that has the symbol foremost, among `columns` of them on each; 0 for none.
+xcb_keycode_t Keymap::find(xcb_keysym_t symbol, std::size_t column, std::size_t columns) const {
+    const std::size_t end = std::min(column + columns, width_);
+    for (; symbol != XCB_NO_SYMBOL && column < end; ++column) {
         for (std::size_t at = column; at < symbols_.size(); at += width_) {
             if (symbols_[at] == symbol) {
                 return static_cast<xcb_keycode_t>(first_ + at / width_);

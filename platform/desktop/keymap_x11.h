@@ -26,9 +26,13 @@ class Keymap {
     /// The key VK_... with MOD_... ; none when the layout has no such key or modifier.
     std::optional<KeyCombination> combination(UINT key, UINT modifiers) const;
 
-    /// The key to be pressed for VK_... , with no modifier held: a letter's or digit's wherever it
-    /// carries it, any other where it is the first thing on it. 0 for none.
-    xcb_keycode_t typed(UINT key) const;
+    /// Whether there are several layouts that a person switches between.
+    bool has_groups() const { return has_groups_; }
+
+    /// The key to be pressed for VK_... in the layout `group`, counted from 0, with no modifier
+    /// held: a letter's or digit's wherever it carries it, any other where it is the first thing on
+    /// it. 0 for none.
+    xcb_keycode_t typed(UINT key, unsigned group) const;
 
     /// Num Lock and the like, which do not make a combination another one.
     std::uint16_t locks() const { return locks_; }
@@ -44,8 +48,9 @@ class Keymap {
         return static_cast<std::size_t>(code - first_) * width_;
     }
 
-    xcb_keycode_t find(xcb_keysym_t symbol, std::size_t columns) const;
-    xcb_keycode_t carrier(UINT key) const;
+    bool differ_in_groups() const;
+    xcb_keycode_t find(xcb_keysym_t symbol, std::size_t column, std::size_t columns) const;
+    xcb_keycode_t carrier(UINT key, std::size_t column) const;
     bool stands_for(xcb_keycode_t code, xcb_keysym_t symbol) const;
     std::uint16_t modifier_with(std::initializer_list<xcb_keysym_t> symbols) const;
 
@@ -55,6 +60,7 @@ class Keymap {
     std::size_t modifier_width_ = 0;    ///< keys a modifier
     std::vector<xcb_keycode_t> modifier_keys_;
     std::uint16_t locks_ = 0;
+    bool has_groups_ = false;
 };
 
 /// What a key VK_... stands for; 0 for none on a keyboard.

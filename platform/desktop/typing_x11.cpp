@@ -2,6 +2,7 @@
 #include "platform/base/never_destroyed.h"
 #include "platform/desktop/key_input.h"
 #include "platform/desktop/keymap_x11.h"
+#include "platform/desktop/thread_hot_keys_x11.h"
 
 #include <xcb/xtest.h>
 
@@ -47,17 +48,20 @@ class Typist {
 
     bool prepare();
     bool follow_keymap();
+    unsigned present_group();
     Stroke stroke_of(const KEYBDINPUT& input);
     xcb_keycode_t code_of(UINT key);
     xcb_keycode_t borrow(xcb_keysym_t symbol);
     Loan* new_loan();
     void assign(xcb_keycode_t code, xcb_keysym_t symbol);
-    void send(std::span<const Stroke> strokes);
+    bool send(std::span<const Stroke> strokes);
 
     std::mutex typing_lock_;
     std::unique_ptr<X11Connection> connection_;
+    std::uint8_t xtest_opcode_ = 0;
     Keymap keymap_;
     bool keymap_is_stale_ = true;
+    unsigned group_ = 0;    ///< of the keymap's layouts the one that is switched on
     Clock::time_point now_; ///< when the present call began
     std::vector<Loan> loans_;
     std::array<xcb_keycode_t, 256> pressed_{}; ///< by virtual key; 0 for those that are not
@@ -74,6 +78,7 @@ UINT Typist::type(std::span<const INPUT> inputs) {
         SetLastError(ERROR_NOT_SUPPORTED);
         return 0;
     }
+    group_ = present_group();
     std::vector<Stroke> strokes;
     for (const INPUT& input : inputs) {
         const bool known = input.type == INPUT_KEYBOARD && input.ki.wVk < pressed_.size();
@@ -82,12 +87,19 @@ UINT Typist::type(std::span<const INPUT> inputs) {
             strokes.push_back(stroke);
         }
     }
-    send(strokes);
+    if (!send(strokes)) {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return 0;
+    }
     return static_cast<UINT>(strokes.size());
 }
 
 /// Connected, and with the present layout.
 bool Typist::prepare() {
+    now_ = Clock::now();
+    if (connection_ && !keymap_is_stale_ && connection_->is_idle()) {
+        return true;
+    }
     const X11Connection* const before = connection_.get();
     if (!renew(connection_)) {
         return false;
@@ -97,9 +109,12 @@ bool Typist::prepare() {
         loans_.clear();
         pressed_ = {};
     }
-    now_ = Clock::now();
     const auto* const xtest = ::xcb_get_extension_data(connection_->get(), &xcb_test_id);
-    return xtest && xtest->present && follow_keymap();
+    if (!xtest || !xtest->present) {
+        return false;
+    }
+    xtest_opcode_ = xtest->major_opcode;
+    return follow_keymap();
 }
 
 bool Typist::follow_keymap() {
@@ -113,6 +128,16 @@ bool Typist::follow_keymap() {
             loans_, [this](const Loan& loan) { return keymap_.symbol(loan.code) != loan.symbol; });
     }
     return !keymap_is_stale_;
+}
+
+/// The server knows it as a part of the modifiers, and is asked only where there are several.
+unsigned Typist::present_group() {
+    if (!keymap_.has_groups()) {
+        return 0;
+    }
+    const auto pointer = connection_->reply<xcb_query_pointer_reply_t>(
+        ::xcb_query_pointer(connection_->get(), connection_->root()));
+    return pointer ? pointer->mask >> 13 & 3 : 0;
 }
 
 Typist::Stroke Typist::stroke_of(const KEYBDINPUT& input) {
@@ -130,7 +155,7 @@ xcb_keycode_t Typist::code_of(UINT key) {
         lent->used = now_;
         return lent->code;
     }
-    const xcb_keycode_t code = keymap_.typed(key);
+    const xcb_keycode_t code = keymap_.typed(key, group_);
     return code || symbol == XCB_NO_SYMBOL ? code : borrow(symbol);
 }
 
@@ -167,21 +192,37 @@ Typist::Loan* Typist::new_loan() {
 
 void Typist::assign(xcb_keycode_t code, xcb_keysym_t symbol) {
     ::xcb_change_keyboard_mapping(connection_->get(), 1, code, 1, &symbol);
+    connection_->flush();
 }
 
-void Typist::send(std::span<const Stroke> strokes) {
-    xcb_connection_t* const server = connection_->get();
+/// A request as it is sent.
+template <typename Request>
+std::string_view bytes_of(const Request& request) {
+    return {reinterpret_cast<const char*>(&request), sizeof request};
+}
+
+bool Typist::send(std::span<const Stroke> strokes) {
+    constexpr xcb_grab_server_request_t grab{XCB_GRAB_SERVER, 0, 1};
+    constexpr xcb_ungrab_server_request_t ungrab{XCB_UNGRAB_SERVER, 0, 1};
+    xcb_test_fake_input_request_t fake{};
+    fake.major_opcode = xtest_opcode_;
+    fake.minor_opcode = XCB_TEST_FAKE_INPUT;
+    fake.length = sizeof fake / 4;
+
     const bool several = strokes.size() > 2; // a key's two strokes are read in one go
+    std::string requests;
     if (several) {
-        ::xcb_grab_server(server); // nobody else's keys come between
+        requests += bytes_of(grab); // nobody else's keys come between
     }
     for (const auto& [event, code] : strokes) {
-        ::xcb_test_fake_input(server, event, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        fake.type = event;
+        fake.detail = code;
+        requests += bytes_of(fake);
     }
     if (several) {
-        ::xcb_ungrab_server(server);
+        requests += bytes_of(ungrab);
     }
-    connection_->flush();
+    return connection_->send(requests, static_cast<unsigned>(strokes.size()) + (several ? 2 : 0));
 }
 
 void Typist::at_exit() {
@@ -216,5 +257,6 @@ UINT SendInput(UINT count, const INPUT* inputs, int size) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
+    tarnel::lend_keyboard();
     return tarnel::typist().type({inputs, count});
 }

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <xcb/xcbext.h>
 
@@ -16,6 +17,9 @@ namespace tarnel {
 namespace {
 
 constexpr DWORD patience_ms = 5'000;
+
+/// Answers carry 16 bits of the number of their request.
+constexpr unsigned max_unanswered = 30'000;
 
 /// Which of `events` the descriptor has come to, or hang-up, before the deadline.
 int wait_for(int descriptor, short events, const Deadline& deadline) {
@@ -94,9 +98,44 @@ bool X11Connection::is_ready() const {
            wait_for(descriptor(), POLLOUT, Deadline::after(patience_ms)) == POLLOUT;
 }
 
+bool X11Connection::is_idle() {
+    if (!next_) {
+        next_.reset(::xcb_poll_for_queued_event(connection_));
+    }
+    return !next_ && is_own() && !::xcb_connection_has_error(connection_) &&
+           wait_for(descriptor(), POLLIN | POLLOUT, Deadline::after(0)) == POLLOUT;
+}
+
 void X11Connection::flush() {
     WithoutPipeSignal guard;
     guard.came = ::xcb_flush(connection_) <= 0;
+}
+
+/// The library lets others write in its place. Done here, it needs no signal to be held back.
+bool X11Connection::send(std::string_view bytes, unsigned count) {
+    std::uint64_t written = 0;
+    if (!::xcb_take_socket(
+            connection_, [](void*) {}, nullptr, 0, &written)) {
+        return false;
+    }
+    const Deadline deadline = Deadline::after(patience_ms);
+    while (!bytes.empty()) {
+        const auto sent = retry_on_signal([&] {
+            return ::send(descriptor(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        });
+        if (sent > 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        } else if (wait_for(descriptor(), POLLOUT, deadline) != POLLOUT) {
+            ::shutdown(descriptor(), SHUT_RDWR); // nothing can follow half a request
+            return false;
+        }
+    }
+    ::xcb_writev(connection_, nullptr, 0, count);
+    unanswered_ += count;
+    if (unanswered_ >= max_unanswered && sync()) {
+        unanswered_ = 0;
+    }
+    return true;
 }
 
 void* X11Connection::await(unsigned sequence) {
@@ -119,6 +158,9 @@ bool X11Connection::sync() {
 }
 
 X11Reply<xcb_generic_event_t> X11Connection::next_event() {
+    if (next_) {
+        return std::move(next_);
+    }
     for (;;) {
         X11Reply<xcb_generic_event_t> event(::xcb_poll_for_queued_event(connection_));
         if (event || !(wait_for(descriptor(), POLLIN, Deadline::after(0)) & POLLIN)) {

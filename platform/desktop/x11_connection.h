@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 namespace tarnel {
 
@@ -42,6 +43,9 @@ class X11Connection {
     /// Whether requests may be made now: the connection is there, and what is sent is taken.
     bool is_ready() const;
 
+    /// Whether requests may be made at once, and nothing has come.
+    bool is_idle();
+
     /// The answer to a request.
     template <typename Reply, typename Cookie>
     X11Reply<Reply> reply(Cookie cookie) {
@@ -50,6 +54,10 @@ class X11Connection {
 
     /// Sends what was requested, without waiting for its effect.
     void flush();
+
+    /// Sends `count` requests that are laid out in `bytes`; none that were made before may be
+    /// unsent. False when the server is gone, or does not take them.
+    bool send(std::string_view bytes, unsigned count);
 
     /// Waits until everything that was requested has its effect; false when that does not come.
     bool sync();
@@ -68,6 +76,8 @@ class X11Connection {
 
     xcb_connection_t* const connection_;
     const pid_t process_;
+    unsigned unanswered_ = 0;            ///< requests sent by send()
+    X11Reply<xcb_generic_event_t> next_; ///< taken from the connection already
 };
 
 /// Opens `connection` unless it can be used as it is. False, with ERROR_NOT_SUPPORTED, when there

@@ -34,13 +34,15 @@ std::string read_line(int descriptor) {
 
 } // namespace
 
-XServer::XServer() {
+XServer::XServer(bool managed) {
     std::string pattern = std::filesystem::temp_directory_path() / "screen-XXXXXX";
     folder_ = ::mkdtemp(pattern.data());
     environment_.set("XDG_RUNTIME_DIR", folder_);
     environment_.set("WAYLAND_DISPLAY", std::nullopt);
     start_server();
-    start_window_manager();
+    if (managed) {
+        start_window_manager();
+    }
 }
 
 XServer::~XServer() {

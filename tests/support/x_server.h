@@ -9,11 +9,12 @@
 
 namespace support {
 
-/// A screen of the test's own, with a window manager, as long as it lives: the environment names
-/// it. What cannot be started is a failure.
+/// A screen of the test's own, as long as it lives: the environment names it. What cannot be
+/// started is a failure. Without a window manager the window under the pointer, in the middle of
+/// the screen, takes the keys.
 class XServer {
   public:
-    XServer();
+    explicit XServer(bool managed = true);
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
     ~XServer();
