@@ -7,8 +7,8 @@
 #include <memory>
 
 /// Settings of the machine, typed, in sections: keys below
-/// HKEY_LOCAL_MACHINE\SOFTWARE\<registry key>\<profile name>\<third level>, or without a registry
-/// key the sections of the INI file <profile name>.
+/// `HKEY_LOCAL_MACHINE\SOFTWARE\<registry key>\<profile name>\<third level>`, or without a registry
+/// key the sections of the INI file `<profile name>`.
 ///
 /// Reading a missing value from the registry stores the default. Who may not write in the machine's
 /// registry gets no key: defaults, and 0 from writing. Writing gives nonzero on success. A null

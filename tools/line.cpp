@@ -36,6 +36,17 @@ void show(const std::string& name, const std::string& format) {
     print(line, format);
 }
 
+void list(const std::string& format) {
+    Table table({"Name", "Settings"});
+    for (const std::string& name : line_names()) {
+        Line line;
+        if (load_line(line, name)) {
+            table.add({name, line.GetInfoString().GetString()});
+        }
+    }
+    table.print(format);
+}
+
 bool same(Line& left, Line& right) {
     return std::ranges::all_of(line_fields(), [&](const LineField& field) {
         return field.show(left) == field.show(right);
@@ -109,6 +120,9 @@ void add_line_verb(CLI::App& tool) {
     auto settings = std::make_shared<std::vector<std::string>>();
     CLI::App* line = tool.add_subcommand("line", "Serial configurations in the registry");
     line->require_subcommand(1);
+    CLI::App* to_list = line->add_subcommand("list", "Show the lines that there are");
+    Table::add_format_option(*to_list, *format);
+    to_list->callback([format] { list(*format); });
     CLI::App* to_show = add_subverb(*line, "show", "Show a line's settings", *name);
     Table::add_format_option(*to_show, *format);
     to_show->callback([name, format] { show(*name, *format); });

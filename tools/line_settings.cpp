@@ -108,6 +108,11 @@ const LineField& field_named(const std::string& name) {
     fail(exit_bad_setting, fmt::format("There is no field '{}': it is one of {}.", name, names));
 }
 
+LONG open_section(const std::string& section, HKEY* key) {
+    const auto path = fmt::format("Software\\{}\\{}\\{}", tool_company, tool_profile, section);
+    return RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, key);
+}
+
 } // namespace
 
 std::span<const LineField> line_fields() {
@@ -118,11 +123,26 @@ std::string line_section(const std::string& name) {
     return "Lines\\" + name;
 }
 
+std::vector<std::string> line_names() {
+    std::vector<std::string> names;
+    HKEY lines = nullptr;
+    if (open_section("Lines", &lines) == static_cast<LONG>(ERROR_SUCCESS)) {
+        const CRegistryKey owner(lines, 1);
+        char name[256];
+        DWORD length = sizeof name;
+        for (DWORD index = 0;
+             RegEnumKeyExA(lines, index, name, &length, nullptr, nullptr, nullptr, nullptr) == 0;
+             ++index) {
+            names.emplace_back(name, length);
+            length = sizeof name;
+        }
+    }
+    return names;
+}
+
 bool load_line(Line& line, const std::string& name) {
-    const auto path =
-        fmt::format("Software\\{}\\{}\\{}", tool_company, tool_profile, line_section(name));
     HKEY key = nullptr;
-    const LONG error = RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key);
+    const LONG error = open_section(line_section(name), &key);
     if (error == static_cast<LONG>(ERROR_FILE_NOT_FOUND)) {
         return false;
     }

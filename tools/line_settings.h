@@ -38,6 +38,9 @@ void apply_setting(const std::string& setting, Line& line);
 /// The section of the tool's registry key that keeps the line called `name`.
 std::string line_section(const std::string& name);
 
+/// What the lines are called that the registry keeps.
+std::vector<std::string> line_names();
+
 /// Reads the line called `name`; false when there is none.
 bool load_line(Line& line, const std::string& name);
 

@@ -15,11 +15,19 @@ namespace {
 
 constexpr int exit_no_program = 4;
 
-/// Goes on as the program that stands beside the tool.
-[[noreturn]] void show_loading(int rounds) {
+/// Beside the tool in a build tree, else where programs lie that nobody starts by hand.
+std::string loading_program() {
     std::error_code error;
-    const auto tool = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::string program = tool.parent_path() / "tarnel-loading";
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto beside = folder / "tarnel-loading";
+    return std::filesystem::exists(beside, error)
+               ? beside
+               : (folder / "../libexec/tarnel/tarnel-loading").lexically_normal();
+}
+
+/// Goes on as the other program.
+[[noreturn]] void show_loading(int rounds) {
+    const std::string program = loading_program();
     ::execl(program.c_str(), program.c_str(), fmt::to_string(rounds).c_str(), nullptr);
     fmt::print(stderr, "{} cannot be started: {}\n", program,
                std::generic_category().message(errno));

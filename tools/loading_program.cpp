@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr const char* library_name = "libTarnelToolBoxLib.so";
+constexpr const char* library_name = TARNEL_LIBRARY_NAME;
 
 enum Exit { done = 0, no_library = 2, still_loaded = 3 };
 

@@ -11,7 +11,7 @@ class CWnd;
 struct MSG;
 
 /// The application as the framework knows it: one object, usually static, made before anything asks
-/// for it. Its settings lie below HKEY_CURRENT_USER\Software\<registry key>\<profile name>.
+/// for it. Its settings lie below `HKEY_CURRENT_USER\Software\<registry key>\<profile name>`.
 class TARNEL_PLATFORM_API CWinApp {
   public:
     /// Becomes the current application, until it is destroyed.
