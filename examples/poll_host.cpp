@@ -4,8 +4,6 @@
 #include "platform/messages/host_loop.h"
 #include "platform/messages/message.h"
 #include "platform/messages/window.h"
-#include "platform/threads/thread.h"
-#include "platform/threads/wait.h"
 
 #include <poll.h>
 #include <sys/timerfd.h>
@@ -13,75 +11,52 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <thread>
 
 namespace {
 
-constexpr UINT point_measured = WM_USER + 1;
-constexpr UINT confirm = WM_USER + 2;
-constexpr UINT confirmed = WM_USER + 3;
-constexpr int points = 50;
+enum : UINT { measured = WM_USER + 1, confirmed }; // what the machine's thread tells
 
 struct Host {
     int timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+    int points = 0;
     int ticks = 0;
-    int ticks_while_nested = 0;
     bool nested = false;
-    int points_seen = 0;
 
-    /// One turn of the program's own loop: whether `descriptor` became readable.
-    bool turn(int descriptor, int milliseconds) {
+    /// One turn of the program's own loop.
+    void turn(int descriptor, int milliseconds) {
         pollfd watched[] = {{descriptor, POLLIN, 0}, {timer, POLLIN, 0}};
         ::poll(watched, 2, milliseconds);
-        if (watched[1].revents) {
-            std::uint64_t expired = 0;
-            if (::read(timer, &expired, sizeof expired) > 0) {
-                ++(nested ? ticks_while_nested : ticks);
-            }
-        }
-        return watched[0].revents != 0;
+        std::uint64_t expired = 0;
+        ticks += nested && watched[1].revents && ::read(timer, &expired, sizeof expired) > 0;
     }
 
-    /// What the library's nested loops sleep in.
-    static void wait(void* host, int descriptor, int milliseconds) {
-        while (!static_cast<Host*>(host)->turn(descriptor, milliseconds) && milliseconds < 0) {
+    /// A question with a message loop of its own, as a modal dialog has, until it is confirmed.
+    void ask() {
+        nested = true;
+        for (MSG message{}; message.message != confirmed;) {
+            GetMessageA(&message, nullptr, 0, 0);
+            DispatchMessageA(&message);
         }
+        nested = false;
+        PostQuitMessage(0);
     }
 };
 
-/// A question that stays open for 100 ms, with a message loop of its own: as a modal dialog has.
-void ask(Host& host, HWND window) {
-    host.nested = true;
-    MSG message;
-    do {
-        if (GetMessageA(&message, nullptr, 0, 0) <= 0) {
-            PostQuitMessage(0);
-            break;
-        }
-        DispatchMessageA(&message);
-    } while (message.hwnd != window || message.message != confirmed);
-    host.nested = false;
-}
-
-LRESULT handle(void* context, HWND window, UINT message, WPARAM, LPARAM) {
+LRESULT handle(void* context, HWND, UINT message, WPARAM, LPARAM) {
     Host& host = *static_cast<Host*>(context);
-    if (message == point_measured && ++host.points_seen == points) {
-        PostMessageA(window, confirm, 0, 0);
-    } else if (message == confirm) {
-        ask(host, window);
-        PostQuitMessage(0);
+    if (message == measured && ++host.points == 50) {
+        host.ask();
     }
     return 0;
 }
 
-/// The machine: a thread that reports points, and answers the question a little later.
-DWORD measure(void* window) {
-    for (int i = 0; i < points; ++i) {
-        PostMessageA(static_cast<HWND>(window), point_measured, 0, 0);
-        ::usleep(1'000);
+void measure(HWND window) {
+    for (int i = 0; i < 50; ++i) {
+        PostMessageA(window, measured, 0, 0);
     }
-    ::usleep(100'000);
-    PostMessageA(static_cast<HWND>(window), confirmed, 0, 0);
-    return 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    PostMessageA(window, confirmed, 0, 0);
 }
 
 } // namespace
@@ -90,19 +65,15 @@ int main() {
     Host host;
     const itimerspec every_5_ms{{0, 5'000'000}, {0, 5'000'000}};
     ::timerfd_settime(host.timer, 0, &every_5_ms, nullptr);
-
-    const HWND window = tarnel::create_window(&handle, &host);
-    tarnel::set_host_wait({&Host::wait, &host});
-    const int descriptor = tarnel::message_descriptor();
-    HANDLE machine = CreateThread(nullptr, 0, &measure, window, 0, nullptr);
-
-    while (!host.turn(descriptor, -1) || tarnel::run_pending_messages()) {
+    tarnel::set_host_wait({[](void* passed, int descriptor, int milliseconds) {
+                               static_cast<Host*>(passed)->turn(descriptor, milliseconds);
+                           },
+                           &host}); // what nested loops sleep in
+    std::thread machine(measure, tarnel::create_window(&handle, &host));
+    while (tarnel::run_pending_messages()) {
+        host.turn(tarnel::message_descriptor(), -1);
     }
-
-    WaitForSingleObject(machine, INFINITE);
-    CloseHandle(machine);
-    DestroyWindow(window);
-    std::printf("%d points, %d ticks, %d of them while a nested loop ran\n", host.points_seen,
-                host.ticks + host.ticks_while_nested, host.ticks_while_nested);
-    return host.points_seen == points && host.ticks > 0 && host.ticks_while_nested > 0 ? 0 : 1;
+    machine.join();
+    std::printf("%d points, and %d ticks while a nested loop ran\n", host.points, host.ticks);
+    return host.points == 50 && host.ticks > 0 ? 0 : 1;
 }

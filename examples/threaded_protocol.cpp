@@ -1,16 +1,11 @@
-// A machine that is asked for its position, as a protocol with a worker thread: one question and
-// one answer at a time over a serial line. The machine is played on a pseudo terminal.
+// A machine that is asked for its position, as a protocol with a worker thread: the question "?",
+// and the answer "number x y z", one at a time over a serial line: threaded_protocol PORT
 
 #include "platform/threads/wait.h"
 #include "protocols/ThreadedProtocol.h"
 #include "serial/ComDevice.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstdlib>
-#include <thread>
 
 struct PositionProtocol final : CMMProtocolWithThread {
     ~PositionProtocol() override { Disconnect(); }
@@ -21,12 +16,6 @@ struct PositionProtocol final : CMMProtocolWithThread {
 
     AFX_THREADPROC GetThreadProc() override {
         return [](LPVOID protocol) { return static_cast<PositionProtocol*>(protocol)->work(); };
-    }
-
-    void send(LPCSTR command) { // not in the middle of a question and its answer
-        SuspendThread();
-        device.WriteCommBlock(command);
-        ResumeThread();
     }
 
     UINT work() {
@@ -45,11 +34,12 @@ struct PositionProtocol final : CMMProtocolWithThread {
 
     void ask_for_position() {
         CString answer;
+        __PointMMT p;
         device.WriteCommBlock("?\r");
-        if (device.ReadCommLine(answer, 1000) != CComDevice::read_failed) {
+        if (device.ReadCommLine(answer, 1000) != CComDevice::read_failed &&
+            std::sscanf(answer, "%d %lf %lf %lf", &p.number, &p.x, &p.y, &p.z) == 4) {
             const tarnel::SectionGuard guard(m_Lock);
-            __PointMMT& p = m_LastPoint;
-            std::sscanf(answer, "%d %lf %lf %lf", &p.number, &p.x, &p.y, &p.z);
+            m_LastPoint = p;
             SendMessageToClient(MEASURED_POINT);
         }
     }
@@ -57,27 +47,15 @@ struct PositionProtocol final : CMMProtocolWithThread {
     CComDevice device; ///< without a reader thread of its own: the worker reads
 };
 
-/// Answers "?" with the machine's position; ends with any other command.
-void play_machine(int line) {
-    char command[2];
-    for (int i = 0; ::read(line, command, 2) == 2 && *command == '?'; ++i) {
-        ::dprintf(line, "%d %d.5 20.25 -3.125\r", i, i);
-    }
-}
-
-int main() {
-    const int line = ::posix_openpt(O_RDWR | O_NOCTTY);
-    ::grantpt(line);
-    ::unlockpt(line);
+int main(int argc, char** argv) {
+    CWnd client; // the application's window, which outlives the protocol
     PositionProtocol protocol;
-    CWnd client; // the application's window
     client.CreateEx(0, AfxRegisterWndClass(0), "", 0, RECT{}, nullptr, 0);
     protocol.Initialize(&client);
-    protocol.device.m_Configuration.SetPortName(::ptsname(line));
+    protocol.device.m_Configuration.SetPortName(argc > 1 ? argv[1] : "COM1:");
     if (!protocol.device.OpenConnection(0) || !protocol.Connect()) {
         return 1;
     }
-    std::thread machine(play_machine, line);
     protocol.OnStartTransaction();
     const UINT point_message = RegisterWindowMessageA("CMMProtocolMessage");
     MSG message;
@@ -91,7 +69,5 @@ int main() {
         }
     }
     protocol.OnStopTransaction();
-    protocol.send("!\r");
-    machine.join();
     return protocol.Disconnect() ? 0 : 1;
 }
