@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -142,7 +143,11 @@ void click(const std::string& window, int x, int y) {
 
 /// The process that shows the window.
 pid_t presenter_of(const std::string& window) {
-    return std::atoi(xdotool("getwindowpid " + window).c_str());
+    const pid_t process = std::atoi(xdotool("getwindowpid " + window).c_str());
+    if (process <= 0) { // as an address of signals, the test itself
+        throw std::runtime_error("window " + window + " has gone");
+    }
+    return process;
 }
 
 class OnScreen : public testing::Test {
