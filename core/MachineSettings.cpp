@@ -5,6 +5,7 @@
 #include "platform/registry/ini_profile.h"
 
 #include <cstring>
+#include <initializer_list>
 #include <string>
 
 constinit const char LocalMachineRegistry::m_szSOFTWARE[] = "SOFTWARE";
@@ -52,6 +53,18 @@ HKEY create_key(HKEY parent, const char* name) {
                         nullptr); // leaves null on failure
     }
     return key;
+}
+
+/// The key at the end of `levels` below the software, in one look-up; null also when a level is.
+HKEY create_levels(std::initializer_list<const char*> levels) {
+    std::string path = LocalMachineRegistry::m_szSOFTWARE; // which nobody makes: it is there
+    for (const char* const level : levels) {
+        if (!level) {
+            return nullptr;
+        }
+        path.append("\\").append(level);
+    }
+    return create_key(HKEY_LOCAL_MACHINE, path.c_str());
 }
 
 std::string letters_of(const unsigned char* data, unsigned int size) {
@@ -116,17 +129,12 @@ LocalMachineRegistry& LocalMachineRegistry::operator=(const LocalMachineRegistry
 LocalMachineRegistry::~LocalMachineRegistry() = default;
 
 HKEY LocalMachineRegistry::GetMainRegistryKey() {
-    HKEY opened = nullptr;
-    RegOpenKeyExA(HKEY_LOCAL_MACHINE, m_szSOFTWARE, 0, read_write, &opened);
-    const Key software(opened);
-    const Key company(create_key(software, m_pszRegistryKey.get()));
-    const Key profile(create_key(company, m_pszProfileName.get()));
-    return create_key(profile, m_pszThirdLevel.get());
+    return create_levels({m_pszRegistryKey.get(), m_pszProfileName.get(), m_pszThirdLevel.get()});
 }
 
 HKEY LocalMachineRegistry::GetSectionKey(const char* section) {
-    const Key main(GetMainRegistryKey());
-    return create_key(main, section);
+    return create_levels(
+        {m_pszRegistryKey.get(), m_pszProfileName.get(), m_pszThirdLevel.get(), section});
 }
 
 unsigned int LocalMachineRegistry::GetProfileIntA(const char* section, const char* entry,

@@ -20,6 +20,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::Count)> statemen
     " ON CONFLICT DO UPDATE SET type = excluded.type, data = excluded.data",
     "DELETE FROM key_values WHERE key = ? AND name = ?",
     "SELECT type, data, name FROM key_values WHERE key = ? ORDER BY name LIMIT 1 OFFSET ?",
+    "BEGIN",
     "BEGIN IMMEDIATE",
     "COMMIT",
     "ROLLBACK",
@@ -117,8 +118,8 @@ Database::Statement Database::prepare(const char* text) const {
     return Statement(statement);
 }
 
-Transaction::Transaction(Database& database) : database_(database) {
-    database_.query(Sql::Begin).next();
+Transaction::Transaction(Database& database, Sql begin) : database_(database) {
+    database_.query(begin).next();
 }
 
 Transaction::~Transaction() {

@@ -34,6 +34,7 @@ enum class Sql {
     WriteValue,
     DeleteValue,
     ValueAt,
+    BeginReading,
     Begin,
     Commit,
     RollBack,
@@ -113,10 +114,11 @@ class Database {
     std::array<Statement, static_cast<std::size_t>(Sql::Count)> statements_;
 };
 
-/// Several changes that are made together; rolled back unless committed.
+/// Several changes that are made together, rolled back unless committed; or several reads that see
+/// one state, and lock the file once.
 class Transaction {
   public:
-    explicit Transaction(Database& database);
+    explicit Transaction(Database& database, Sql begin = Sql::Begin);
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();

@@ -48,6 +48,11 @@ DWORD find(Database& database, KeyId from, std::string_view path, KeyId& key) {
     return missing(database, from, ERROR_FILE_NOT_FOUND);
 }
 
+DWORD find_at_once(Database& database, KeyId from, std::string_view path, KeyId& key) {
+    const Transaction reading(database, Sql::BeginReading);
+    return find(database, from, path, key);
+}
+
 KeyId make_levels(Database& database, KeyId key, std::string_view path) {
     for (auto level = next_level(path); !level.empty(); level = next_level(path)) {
         if (const auto present = child(database, key, level)) {
@@ -70,13 +75,13 @@ void take(const Query& query, Value& value) {
 
 LONG Hive::find_key(KeyId from, std::string_view path, KeyId& key) {
     return store_.use(ERROR_FILE_NOT_FOUND,
-                      [&](Database& database) { return find(database, from, path, key); });
+                      [&](Database& database) { return find_at_once(database, from, path, key); });
 }
 
 LONG Hive::create_key(KeyId from, std::string_view path, KeyId& key, bool& created) {
     return store_.use(ERROR_ACCESS_DENIED, [&](Database& database) -> DWORD {
         created = false;
-        const DWORD found = find(database, from, path, key);
+        const DWORD found = find_at_once(database, from, path, key);
         if (found != ERROR_FILE_NOT_FOUND) {
             return found;
         }
