@@ -15,7 +15,7 @@ const char* cure_of_fault(const std::string& fault) {
     return fault.find("platform plugin") != fault.npos
                ? "sudo apt-get install --reinstall libqt6gui6"
            : fault.find("shared libraries") != fault.npos ? "sudo apt-get install libqt6widgets6"
-                                                          : "Install the library anew";
+                                                          : "Install tarnel-presenter anew";
 }
 
 /// What is wrong with the files of the presenter; nothing when there is one.
@@ -37,9 +37,13 @@ std::optional<Finding> missing_presenter() {
                        fmt::format("You may not run {}, which shows dialogs.", clean(*there)),
                        "sudo chmod 755 " + shell_word(clean(*there))};
     }
-    return Finding{Level::problem,
-                   fmt::format("{}, which shows dialogs, is missing.", clean(places.front())),
-                   places.size() > 1 ? "Install the library anew" : "unset TARNEL_PRESENTER"};
+    if (places.size() == 1) {
+        return Finding{Level::problem,
+                       fmt::format("{}, which shows dialogs, is missing.", clean(places.front())),
+                       "unset TARNEL_PRESENTER"};
+    }
+    return Finding{Level::problem, "The program tarnel-presenter, which shows dialogs, is missing.",
+                   "sudo apt-get install tarnel-presenter"};
 }
 
 std::optional<Finding> failing_presenter() {

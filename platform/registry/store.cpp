@@ -34,8 +34,12 @@ void Store::open_now(std::string& news) {
     }
 }
 
-LONG Store::failed(const DatabaseError& error) {
-    suspect_ = suspect_ || error.damaged();
+LONG Store::failed(const DatabaseError& error, std::string& news) {
+    if (error.damaged() && !suspect_) {
+        news = "registry: " + hive_path(kind_).string() +
+               " is damaged; the next call of this process sets it aside";
+        suspect_ = true;
+    }
     switch (error.code) {
     case SQLITE_READONLY:
     case SQLITE_PERM:

@@ -61,12 +61,12 @@ class Store {
             open_now(news);
             return static_cast<LONG>(database_ ? work(*database_) : absent);
         } catch (const DatabaseError& error) {
-            return failed(error);
+            return failed(error, news);
         }
     }
 
     void open_now(std::string& news);
-    LONG failed(const DatabaseError& error);
+    LONG failed(const DatabaseError& error, std::string& news);
     void tell(const std::string& news);
 
     const HiveKind kind_;

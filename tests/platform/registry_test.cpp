@@ -322,8 +322,9 @@ TEST_F(Registry, DamageInUseIsFoundAndTheCallerIsTold) {
     stream.close();
 
     EXPECT_EQ(Opened(HKEY_LOCAL_MACHINE, "SOFTWARE\\7").error, ERROR_REGISTRY_IO_FAILED);
+    EXPECT_EQ(reports.lines().size(), 1U) << "there may be no second call";
     EXPECT_EQ(Opened(HKEY_LOCAL_MACHINE, "SOFTWARE").error, ERROR_SUCCESS);
-    EXPECT_EQ(reports.lines().size(), 1U);
+    EXPECT_EQ(reports.lines().size(), 2U);
 }
 
 /// Runs `work` as somebody who may write nothing in `folder`.
