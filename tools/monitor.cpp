@@ -1,4 +1,5 @@
 #include "platform/base/diagnostics.h"
+#include "tools/message_loop.h"
 #include "tools/monitor_session.h"
 #include "tools/plot_file.h"
 #include "tools/protocol_choice.h"
@@ -47,6 +48,7 @@ class ReportsInFeed {
 class Connection {
   public:
     explicit Connection(_CMMProtocol& protocol) : protocol_(protocol) {
+        const MessageLoop loop; // Ctrl+C also ends the box that says why there is no connection
         if (!protocol.Connect()) {
             fail(exit_not_open, "The port could not be opened.");
         }

@@ -105,6 +105,13 @@ TEST_P(Dialogs, AreUsedByMouseAlone) {
     expect("probe", {{probe, {"at 151 23", "at 191 31"}}}, 5, "");
 }
 
+TEST_P(Dialogs, EndWithCtrlC) {
+    Tool tool("monitor METROLEC --port /dev/nothing");
+    support::window_titled("METROLEC"); // the box that says why there is no connection
+    tool.signal(SIGINT);
+    EXPECT_EQ(tool.wait(), 4) << tool.diagnostics();
+}
+
 TEST_P(Dialogs, LetAGLibHostsTimersGoOn) {
     const std::string dialog = GetParam().line;
     const std::string ticks = registry.folder / "ticks";
