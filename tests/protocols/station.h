@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Serial protocols, each on a machine that the test plays.
@@ -107,7 +108,7 @@ struct Station {
 /// A test of every protocol.
 class EveryProtocol : public testing::TestWithParam<const char*> {
   protected:
-    static bool is_metrolec() { return GetParam() == metrolec; }
+    static bool is_metrolec() { return std::string_view(GetParam()) == metrolec; }
 };
 
 } // namespace support
