@@ -4,6 +4,7 @@ function(tarnel_room name)
     add_library(${name} OBJECT ${ARGN})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC Threads::Threads)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ${TARNEL_UNITY})
 endfunction()
 
 # A shared library made of rooms, exporting only what its version script names.
