@@ -1,5 +1,6 @@
 #include "desktop/HotKeys.h"
 #include "desktop/SendKeys.h"
+#include "desktop/WindowSearch.h"
 #include "platform/base/virtual_keys.h"
 #include "platform/desktop/key_input.h"
 #include "platform/messages/message.h"
@@ -323,7 +324,9 @@ BEGIN
 END)");
     Entry entry;
     std::thread typist([] {
-        support::window_titled("Entry");
+        support::window_titled("Entry"); // Qt's
+        EXPECT_TRUE(GetWindowFromTitle("Entr", 1));
+        EXPECT_EQ(GetWindowFromClass("tarnel-presenter", 0), GetWindowFromTitle("Entry", 0));
         SendKeyString("AB{HOME}c{NUMPAD2}+C{END}{DIVIDE}~");
     });
     EXPECT_EQ(entry.DoModal(), IDOK);
