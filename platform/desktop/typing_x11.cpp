@@ -12,6 +12,7 @@
 #include <mutex>
 #include <span>
 #include <thread>
+#include <utility>
 
 namespace tarnel {
 namespace {
@@ -201,7 +202,9 @@ std::string_view bytes_of(const Request& request) {
     return {reinterpret_cast<const char*>(&request), sizeof request};
 }
 
+/// In pieces that the server answers for, before their numbers come round.
 bool Typist::send(std::span<const Stroke> strokes) {
+    constexpr std::size_t piece = 10'000;
     constexpr xcb_grab_server_request_t grab{XCB_GRAB_SERVER, 0, 1};
     constexpr xcb_ungrab_server_request_t ungrab{XCB_UNGRAB_SERVER, 0, 1};
     xcb_test_fake_input_request_t fake{};
@@ -211,18 +214,29 @@ bool Typist::send(std::span<const Stroke> strokes) {
 
     const bool several = strokes.size() > 2; // a key's two strokes are read in one go
     std::string requests;
+    unsigned count = 0;
+    const auto add = [&](const auto& request) {
+        requests += bytes_of(request);
+        ++count;
+    };
+    const auto flush = [&] {
+        return connection_->send(std::exchange(requests, {}), std::exchange(count, 0));
+    };
     if (several) {
-        requests += bytes_of(grab); // nobody else's keys come between
+        add(grab); // nobody else's keys come between
     }
     for (const auto& [event, code] : strokes) {
         fake.type = event;
         fake.detail = code;
-        requests += bytes_of(fake);
+        add(fake);
+        if (count >= piece && !flush()) {
+            return false;
+        }
     }
     if (several) {
-        requests += bytes_of(ungrab);
+        add(ungrab);
     }
-    return connection_->send(requests, static_cast<unsigned>(strokes.size()) + (several ? 2 : 0));
+    return flush();
 }
 
 void Typist::at_exit() {
