@@ -74,12 +74,15 @@ class Candidates {
 
     void offer_values(const CLI::Option& option) {
         const std::string name = option.get_name(option.get_positional());
-        if (name == "--port" || name == "PORT" || name == "PATH") {
+        const std::string parent = verb_->get_parent()->get_name();
+        const bool is_port = name == "--port" || (name == "PATH" && parent == "ports") ||
+                             (name == "PORT" && verb_->get_name() == "doctor");
+        if (is_port) {
             for (const tarnel::PortInfo& port : tarnel::list_ports()) {
                 offer(port.device, port.driver);
                 offer(port.by_id, port.device);
             }
-        } else if (name == "--line" || verb_->get_parent()->get_name() == "line") {
+        } else if (name == "--line" || parent == "line") {
             for (const std::string& line : line_names()) {
                 offer(line, "");
             }
