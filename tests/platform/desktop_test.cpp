@@ -173,7 +173,10 @@ TEST_F(Desktop, WindowsAreFoundFromTheTop) {
         EXPECT_TRUE(eventually([&] { return GetWindowFromTitle(title, 0); })) << title;
         windows.push_back(GetWindowFromTitle(title, 0));
     }
-    support::window_titled("Messwert 13"); // has the keyboard: nobody raises it any more
+    EXPECT_TRUE(eventually([] { // it has the keyboard: nobody raises it any more
+        xdotool("search --name 13$ windowactivate");
+        return xdotool("getactivewindow getwindowname") == "Messwert 13";
+    }));
     EXPECT_FALSE(IsWindow(windows[0]));
     EXPECT_EQ(GetWindowFromTitle("messwert", 1), nullptr);
     EXPECT_EQ(GetWindowFromClass("Feinz", 0), nullptr);
